@@ -1,0 +1,8 @@
+#include "app/Localized.h"
+
+#include <QCoreApplication>
+
+QString localized(const char *text)
+{
+    return QCoreApplication::translate("Narv", text);
+}

@@ -1,0 +1,66 @@
+#include "app/QuilloApp.h"
+
+#include "app/AppDelegate.h"
+#include "app/AppInfo.h"
+#include "app/Log.h"
+
+#include <QGuiApplication>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+int g_signalFds[2] = {-1, -1};
+
+void onSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] auto n = ::write(g_signalFds[0], &byte, 1);
+}
+
+// SIGTERM (logout, systemd) and SIGINT (Ctrl+C in a terminal) end the event
+// loop normally instead of killing the process mid-write.
+void quitOnSignals(QCoreApplication &app)
+{
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, g_signalFds) != 0)
+        return;
+    auto *notifier = new QSocketNotifier(g_signalFds[1], QSocketNotifier::Read, &app);
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, [notifier] {
+        char byte = 0;
+        [[maybe_unused]] auto n = ::read(g_signalFds[1], &byte, 1);
+        notifier->setEnabled(false);
+        LOG_INFO(QStringLiteral("quit on signal"));
+        QCoreApplication::quit();
+    });
+    struct sigaction action {};
+    action.sa_handler = onSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGTERM, &action, nullptr);
+    ::sigaction(SIGINT, &action, nullptr);
+}
+} // namespace
+
+int QuilloApp::main(int argc, char **argv)
+{
+    installQtMessageRouting();
+    QGuiApplication::setOrganizationName(QStringLiteral("narv"));
+    QGuiApplication::setApplicationName(QStringLiteral("narv"));
+    QGuiApplication::setApplicationVersion(AppInfo::version());
+    QGuiApplication::setDesktopFileName(AppInfo::identifier());
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationDisplayName(AppInfo::name());
+    // A tray program: closing its last window must not end it.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    quitOnSignals(app);
+
+    logger(); // the banner goes first
+    AppDelegate delegate;
+    QTimer::singleShot(0, &app, [&delegate] { delegate.applicationDidFinishLaunching(); });
+    const int code = app.exec();
+    delegate.applicationWillTerminate();
+    return code;
+}

@@ -1,0 +1,6 @@
+#include "app/QuilloApp.h"
+
+int main(int argc, char **argv)
+{
+    return QuilloApp::main(argc, argv);
+}

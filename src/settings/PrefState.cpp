@@ -1,0 +1,214 @@
+#include "settings/PrefState.h"
+
+#include "app/AppState.h"
+#include "app/Clock.h"
+#include "app/Log.h"
+#include "app/LoginItem.h"
+#include "settings/PrefStyleState.h"
+#include "settings/PreferencesStore.h"
+#include "statusbar/StatusBarController.h"
+
+#include <QHash>
+
+#include <functional>
+
+namespace {
+QString key(const char *k)
+{
+    return QString::fromLatin1(k);
+}
+} // namespace
+
+QString PrefState::defaultBreakPrompt()
+{
+    return QStringLiteral("堂堂七尺少年郎, 躺上一躺又何妨");
+}
+
+PrefState::PrefState(PreferencesStore &store, QObject *parent)
+    : QObject(parent), m_store(store), m_styleState(new PrefStyleState(store, this))
+{
+    connect(&m_store, &PreferencesStore::changed, this, &PrefState::onStoreChanged);
+}
+
+void PrefState::onStoreChanged(const QString &changedKey)
+{
+    using Signal = void (PrefState::*)();
+    static const QHash<QString, Signal> signalOf = {
+        {key(launchAtLoginKey), &PrefState::launchAtLoginChanged},
+        {key(showTimeKey), &PrefState::showTimeChanged},
+        {key(autoCheckUpdateKey), &PrefState::autoCheckUpdateChanged},
+        {key(workTimeKey), &PrefState::workTimeChanged},
+        {key(breakTimeKey), &PrefState::breakTimeChanged},
+        {key(customBreakPromptKey), &PrefState::customBreakPromptChanged},
+        {key(breakPromptKey), &PrefState::breakPromptChanged},
+        {key(shortBreakTimesKey), &PrefState::shortBreakTimesChanged},
+        {key(longBreakTimeKey), &PrefState::longBreakTimeChanged},
+        {key(forceLongBreakKey), &PrefState::forceLongBreakChanged},
+        {key(restartTimerAfterAwakeKey), &PrefState::restartTimerAfterAwakeChanged},
+        {key(stopTimerAfterMouseStopKey), &PrefState::stopTimerAfterMouseStopChanged},
+        {key(showNewDayTipKey), &PrefState::showNewDayTipChanged},
+        {key(lastWeakupTimestampKey), &PrefState::lastWeakupTimestampChanged},
+    };
+    if (const auto it = signalOf.constFind(changedKey); it != signalOf.cend())
+        std::invoke(it.value(), this);
+}
+
+bool PrefState::launchAtLogin() const
+{
+    return m_store.boolValue(key(launchAtLoginKey), false);
+}
+
+void PrefState::setLaunchAtLogin(bool value)
+{
+    m_store.setBool(key(launchAtLoginKey), value);
+    QString error = QStringLiteral("no login item service on this desktop");
+    LoginItem *item = LoginItems::current();
+    if (!item || !item->setEnabled(value, &error)) {
+        // The reason stays out of this line on purpose; the setting keeps its value.
+        LOG_WARNING(QStringLiteral("SMAppService error: "));
+    }
+}
+
+bool PrefState::showTime() const
+{
+    return m_store.boolValue(key(showTimeKey), true);
+}
+
+void PrefState::setShowTime(bool value)
+{
+    m_store.setBool(key(showTimeKey), value);
+    StatusBarController::showTime(value);
+}
+
+bool PrefState::autoCheckUpdate() const
+{
+    return m_store.boolValue(key(autoCheckUpdateKey), true);
+}
+
+void PrefState::setAutoCheckUpdate(bool value)
+{
+    m_store.setBool(key(autoCheckUpdateKey), value);
+}
+
+qint64 PrefState::workTime() const
+{
+    return m_store.intValue(key(workTimeKey), 25);
+}
+
+void PrefState::setWorkTime(qint64 value)
+{
+    m_store.setInt(key(workTimeKey), value);
+    if (!AppState::manualPause())
+        AppState::setWorking(true);
+}
+
+qint64 PrefState::breakTime() const
+{
+    return m_store.intValue(key(breakTimeKey), 300);
+}
+
+void PrefState::setBreakTime(qint64 value)
+{
+    m_store.setInt(key(breakTimeKey), value);
+}
+
+bool PrefState::customBreakPrompt() const
+{
+    return m_store.boolValue(key(customBreakPromptKey), false);
+}
+
+void PrefState::setCustomBreakPrompt(bool value)
+{
+    m_store.setBool(key(customBreakPromptKey), value);
+}
+
+QString PrefState::breakPrompt() const
+{
+    return m_store.stringValue(key(breakPromptKey), defaultBreakPrompt());
+}
+
+void PrefState::setBreakPrompt(const QString &value)
+{
+    m_store.setString(key(breakPromptKey), value);
+}
+
+qint64 PrefState::shortBreakTimes() const
+{
+    return m_store.intValue(key(shortBreakTimesKey), 4);
+}
+
+void PrefState::setShortBreakTimes(qint64 value)
+{
+    m_store.setInt(key(shortBreakTimesKey), value);
+}
+
+qint64 PrefState::longBreakTime() const
+{
+    return m_store.intValue(key(longBreakTimeKey), 15);
+}
+
+void PrefState::setLongBreakTime(qint64 value)
+{
+    m_store.setInt(key(longBreakTimeKey), value);
+}
+
+bool PrefState::forceLongBreak() const
+{
+    return m_store.boolValue(key(forceLongBreakKey), false);
+}
+
+void PrefState::setForceLongBreak(bool value)
+{
+    m_store.setBool(key(forceLongBreakKey), value);
+}
+
+bool PrefState::restartTimerAfterAwake() const
+{
+    return m_store.boolValue(key(restartTimerAfterAwakeKey), true);
+}
+
+void PrefState::setRestartTimerAfterAwake(bool value)
+{
+    m_store.setBool(key(restartTimerAfterAwakeKey), value);
+}
+
+bool PrefState::stopTimerAfterMouseStop() const
+{
+    return m_store.boolValue(key(stopTimerAfterMouseStopKey), true);
+}
+
+void PrefState::setStopTimerAfterMouseStop(bool value)
+{
+    m_store.setBool(key(stopTimerAfterMouseStopKey), value);
+}
+
+bool PrefState::showNewDayTip() const
+{
+    return m_store.boolValue(key(showNewDayTipKey), false);
+}
+
+void PrefState::setShowNewDayTip(bool value)
+{
+    m_store.setBool(key(showNewDayTipKey), value);
+}
+
+double PrefState::lastWeakupTimestamp() const
+{
+    return m_store.doubleValue(key(lastWeakupTimestampKey), 0.0);
+}
+
+void PrefState::setLastWeakupTimestamp(double value)
+{
+    m_store.setDouble(key(lastWeakupTimestampKey), value);
+}
+
+bool PrefState::isNewDay() const
+{
+    const auto last = QDateTime::fromMSecsSinceEpoch(qint64(lastWeakupTimestamp() * 1000.0));
+    return last.date() != Clock::now().toLocalTime().date();
+}
+
+void PrefState::updateWeakupTimestamp()
+{
+    setLastWeakupTimestamp(double(Clock::now().toMSecsSinceEpoch()) / 1000.0);
+}

@@ -1,0 +1,65 @@
+#include "windows/WindowController.h"
+
+#include "app/Log.h"
+
+namespace {
+std::unique_ptr<WindowBackend> &slot()
+{
+    static std::unique_ptr<WindowBackend> backend;
+    return backend;
+}
+
+// Without a backend (core tests, a build without windows) the break still runs
+// as state; say so once instead of on every break.
+bool haveBackend()
+{
+    if (slot())
+        return true;
+    static bool reported = false;
+    if (!reported) {
+        LOG_NOTICE(QStringLiteral("no window backend: breaks run without break windows"));
+        reported = true;
+    }
+    return false;
+}
+} // namespace
+
+void WindowController::setBackend(std::unique_ptr<WindowBackend> backend)
+{
+    slot() = std::move(backend);
+}
+
+WindowBackend *WindowController::backend()
+{
+    return slot().get();
+}
+
+void WindowController::setup()
+{
+    // Start-up hook: the update checker and the water schedule are armed here
+    // once they exist.
+}
+
+void WindowController::showBreak()
+{
+    if (haveBackend())
+        slot()->showBreak();
+}
+
+void WindowController::closeBreak()
+{
+    if (haveBackend())
+        slot()->closeBreak();
+}
+
+void WindowController::showAbout()
+{
+    if (haveBackend())
+        slot()->showAbout();
+}
+
+void WindowController::showPrefView()
+{
+    if (haveBackend())
+        slot()->showPrefView();
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+// Shared by the test programs: a scratch home so no test touches the real
+// settings or logs, and a way to run a piece of a test in a child process
+// (for fatal stops, and for reading files the way a fresh process does).
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtGlobal>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace TestSupport {
+
+// Points HOME and the XDG folders at a temporary folder. Must run before the
+// first use of the settings store or the logger.
+class ScratchHome {
+public:
+    ScratchHome()
+    {
+        if (qEnvironmentVariableIsSet("NARV_TEST_HOME")) {
+            m_path = qEnvironmentVariable("NARV_TEST_HOME");
+        } else {
+            m_dir.emplace();
+            m_path = m_dir->path();
+        }
+        QDir().mkpath(m_path + QStringLiteral("/config"));
+        QDir().mkpath(m_path + QStringLiteral("/cache"));
+        qputenv("HOME", m_path.toUtf8());
+        qputenv("XDG_CONFIG_HOME", (m_path + QStringLiteral("/config")).toUtf8());
+        qputenv("XDG_CACHE_HOME", (m_path + QStringLiteral("/cache")).toUtf8());
+    }
+    QString path() const { return m_path; }
+    QString settingsFile() const { return m_path + QStringLiteral("/config/narv/narv.conf"); }
+    QString logsFolder() const { return m_path + QStringLiteral("/cache/narv/Logs"); }
+
+private:
+    std::optional<QTemporaryDir> m_dir;
+    QString m_path;
+};
+
+// Child modes: a test program calls runChildMode() first thing in main(); when
+// started with "--child NAME" it runs that function and exits with its result.
+using ChildModes = std::map<std::string, std::function<int()>>;
+
+inline int runChildMode(int argc, char **argv, const ChildModes &modes)
+{
+    if (argc >= 3 && std::string(argv[1]) == "--child") {
+        const auto it = modes.find(argv[2]);
+        if (it == modes.end())
+            return 99;
+        return it->second();
+    }
+    return -1;
+}
+
+struct ChildResult {
+    QProcess::ExitStatus status = QProcess::NormalExit;
+    int exitCode = 0;
+    QByteArray out;
+    QByteArray err;
+};
+
+// Runs this test program in child mode `name` with the same scratch home.
+inline ChildResult runChild(const QString &name, const QString &home,
+                            const QStringList &extraArgs = {})
+{
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("NARV_TEST_HOME"), home);
+    p.setProcessEnvironment(env);
+    p.start(QCoreApplication::applicationFilePath(),
+            QStringList{QStringLiteral("--child"), name} + extraArgs);
+    p.waitForFinished(30000);
+    return {p.exitStatus(), p.exitCode(), p.readAllStandardOutput(), p.readAllStandardError()};
+}
+
+} // namespace TestSupport

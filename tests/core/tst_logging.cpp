@@ -1,0 +1,458 @@
+// The log file: line format, metadata, levels, the daily file and its clean-up,
+// the week-based year in its name, and what happens when things go wrong
+// (in child processes: an unusable folder, logging while the logger is built,
+// a fatal Qt message).
+
+#include "app/AppInfo.h"
+#include "app/Clock.h"
+#include "app/FileLogHandler.h"
+#include "app/Log.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace {
+
+const QString timestamp = QStringLiteral(R"(\d{4}-\d{2}-\d{2}T\d{2}:\d{2}:\d{2}[+-]\d{4})");
+
+QString hello()
+{
+    return QString(24, u'~') + QStringLiteral("hello ") + AppInfo::name() + QString(34, u'~');
+}
+
+// A line of the application logger without its timestamp.
+QString appLine(const char *level, const QString &message)
+{
+    return QString::fromLatin1(level) + u' ' + AppInfo::identifier() + QStringLiteral(" : ") +
+           message;
+}
+
+// Empty when every line is "<timestamp> <rest>" with the rests in order,
+// otherwise what differs.
+QString mismatch(const QStringList &lines, const QStringList &rests)
+{
+    static const QRegularExpression stamp(u'^' + timestamp + u' ');
+    if (lines.size() != rests.size())
+        return QStringLiteral("%1 lines instead of %2:\n").arg(lines.size()).arg(rests.size()) +
+               lines.join(u'\n');
+    for (int i = 0; i < lines.size(); ++i) {
+        const auto match = stamp.match(lines[i]);
+        if (!match.hasMatch() || lines[i].mid(match.capturedLength()) != rests[i])
+            return QStringLiteral("line %1: \"%2\", expected \"<timestamp> %3\"")
+                .arg(i)
+                .arg(lines[i], rests[i]);
+    }
+    return {};
+}
+
+QStringList readLines(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+}
+
+void writeFile(const QString &path, const QByteArray &content = "old\n")
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(content);
+}
+
+// Sets environment variables for one scope; an empty value unsets.
+struct ScopedEnv {
+    QList<std::pair<QByteArray, std::optional<QByteArray>>> saved;
+    void set(const char *name, const QString &value)
+    {
+        saved.prepend(
+            {name, qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt});
+        value.isEmpty() ? qunsetenv(name) : qputenv(name, value.toLocal8Bit());
+    }
+    ~ScopedEnv()
+    {
+        for (const auto &[name, value] : saved)
+            value ? qputenv(name.constData(), *value) : qunsetenv(name.constData());
+    }
+};
+
+// The test binary started as a child: "build" builds the process logger and
+// logs once; "reentrant" logs from inside the build (the clock is asked while
+// the logger is made); "fatal" routes Qt messages and ends with qFatal.
+int runChild(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    const QByteArray mode = argv[2];
+    if (mode == "reentrant") {
+        installQtMessageRouting();
+        Clock::setNowSource([] {
+            qWarning("asked for the time");
+            LOG_INFO(QStringLiteral("logged while building"));
+            return QDateTime::currentDateTime();
+        });
+    }
+    if (mode == "fatal") {
+        installQtMessageRouting();
+        qDebug("routed debug");
+        qWarning("routed warning");
+        qFatal("fatal marker %d", 42);
+    }
+    LOG_INFO(QStringLiteral("child done"));
+    return 0;
+}
+
+} // namespace
+
+class TestLogging : public QObject {
+    Q_OBJECT
+
+    std::optional<QTemporaryDir> m_dir;
+    QString m_folder; // "<temp>/Logs/", not created yet
+
+    QString fileFor(const QDateTime &now) const
+    {
+        return m_folder + AppInfo::identifier() + u'.' + logDateText(now, "en_US") + ".log";
+    }
+
+    void runChild(QProcess &child, const char *mode)
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("XDG_CACHE_HOME"), m_dir->path());
+        child.setProcessEnvironment(env);
+        child.start(QCoreApplication::applicationFilePath(), {"--child", mode});
+        QVERIFY(child.waitForFinished(30000));
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_dir.emplace();
+        QVERIFY(m_dir->isValid());
+        m_folder = m_dir->path() + QStringLiteral("/Logs/");
+    }
+
+    void cleanup() { Clock::setNowSource({}); }
+
+    void lineFormat_data()
+    {
+        QTest::addColumn<LogMetadata>("handlerMetadata");
+        QTest::addColumn<LogMetadata>("callMetadata");
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("no metadata")
+            << LogMetadata{} << LogMetadata{} << QStringLiteral("info test.label : hello there");
+        QTest::newRow("handler metadata in its order")
+            << LogMetadata{{"zeta", 1}, {"alpha", "x"}} << LogMetadata{}
+            << QStringLiteral("info test.label : zeta=1 alpha=x hello there");
+        QTest::newRow("call wins on a shared key, printed once")
+            << LogMetadata{{"a", "handler"}, {"b", 2}} << LogMetadata{{"c", 3}, {"a", "call"}}
+            << QStringLiteral("info test.label : a=call b=2 c=3 hello there");
+        QTest::newRow("lists and maps")
+            << LogMetadata{}
+            << LogMetadata{{"list", QStringList{"p", "q"}},
+                           {"map", QVariantMap{{"k", 1}, {"n", QVariantList{true, 2.5}}}},
+                           {"empty", QVariantMap{}}}
+            << QStringLiteral("info test.label : list=[p, q] map=[k: 1, n: [true, 2.5]] empty=[:] "
+                              "hello there");
+    }
+
+    void lineFormat()
+    {
+        QFETCH(LogMetadata, handlerMetadata);
+        QFETCH(LogMetadata, callMetadata);
+        QFETCH(QString, expected);
+
+        const QString path = m_dir->filePath("format.log");
+        const auto logging = FileLogging::open(path);
+        QVERIFY(logging);
+        auto handler = logging->handler("test.label");
+        handler->setMetadata(handlerMetadata);
+        // The file handler prints its own label, not the logger's.
+        const Logger logger("other.label", handler);
+        logger.log(LogLevel::Info, "hello there", callMetadata, LogSource{"file.cpp", "fn", 12});
+
+        const QString diff = mismatch(readLines(path), {expected});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        QCOMPARE(handler->metadata(), handlerMetadata); // the call's metadata did not stick
+    }
+
+    void metadataEntriesRefreshThePrintedForm()
+    {
+        const QString path = m_dir->filePath("entries.log");
+        const auto logging = FileLogging::open(path);
+        QVERIFY(logging);
+        auto handler = logging->handler("t");
+
+        handler->setMetadataValue("a", 1);
+        handler->setMetadataValue("b", "two");
+        handler->setMetadataValue("a", 3); // keeps its place
+        QCOMPARE(handler->metadataValue("a"), QVariant(3));
+        QVERIFY(!handler->metadataValue("missing").isValid());
+        handler->log(LogLevel::Notice, "m", {}, {}, {});
+        handler->setMetadata({});
+        handler->log(LogLevel::Notice, "m", {}, {}, {});
+
+        const QString diff = mismatch(readLines(path), {"notice t : a=3 b=two m", "notice t : m"});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+    }
+
+    void levelFilter()
+    {
+        const QDateTime now = QDateTime::currentDateTime();
+        const BuiltLogger built = buildLogger(m_folder, now, "en_US");
+        QVERIFY2(built.error.isEmpty(), qPrintable(built.error));
+        for (int level = int(LogLevel::Trace); level <= int(LogLevel::Critical); ++level)
+            built.logger.log(LogLevel(level), "at " + logLevelText(LogLevel(level)));
+
+        QString diff = mismatch(readLines(fileFor(now)),
+                                {appLine("info", hello()), appLine("info", "at info"),
+                                 appLine("notice", "at notice"), appLine("warning", "at warning"),
+                                 appLine("error", "at error"), appLine("critical", "at critical")});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+
+        // Behind a multiplexer each handler keeps to its own level: a talkative
+        // neighbour does not let debug into the info file.
+        const auto infoFile = FileLogging::open(m_dir->filePath("info.log"));
+        const auto debugFile = FileLogging::open(m_dir->filePath("debug.log"));
+        QVERIFY(infoFile && debugFile);
+        auto chatty = debugFile->handler("t");
+        chatty->setLogLevel(LogLevel::Debug);
+        const Logger both("t",
+                          std::make_shared<MultiplexLogHandler>(
+                              QList<std::shared_ptr<LogHandler>>{infoFile->handler("t"), chatty}));
+        both.trace("t");
+        both.debug("d");
+        both.info("i");
+        diff = mismatch(readLines(m_dir->filePath("info.log")), {"info t : i"}) +
+               mismatch(readLines(m_dir->filePath("debug.log")), {"debug t : d", "info t : i"});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+    }
+
+    void streamAppendsAndReportsFailures()
+    {
+        const QString path = m_dir->filePath("append.log");
+        writeFile(path, "earlier line\n");
+        QVERIFY(FileHandlerOutputStream::open(path)->write(QStringLiteral("ünïcode\n")));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("earlier line\nünïcode\n"));
+
+        LogFileError error;
+        const QString impossible = m_dir->filePath("no/such/folder/x.log");
+        QVERIFY(!FileLogging::open(impossible, &error));
+        QCOMPARE(error.kind, LogFileError::Kind::CouldNotCreateFile);
+        QVERIFY2(error.description().contains(impossible), qPrintable(error.description()));
+    }
+
+    void concurrentWritersKeepLinesWhole()
+    {
+        // Two FileLogging on one file stand for two processes; the long lines
+        // would tear if a line took more than one write.
+        const QString path = m_dir->filePath("busy.log");
+        const auto first = FileLogging::open(path);
+        const auto second = FileLogging::open(path);
+        QVERIFY(first && second);
+        const int threads = 4, perThread = 300;
+        const QString filler(3000, u'x');
+        std::vector<std::thread> workers;
+        for (int t = 0; t < threads; ++t) {
+            auto handler = (t % 2 ? *first : *second).handler("busy");
+            workers.emplace_back([handler, t, &filler] {
+                for (int i = 0; i < perThread; ++i)
+                    handler->log(LogLevel::Info, QStringLiteral("%1-%2 ").arg(t).arg(i) + filler,
+                                 {}, {}, {});
+            });
+        }
+        for (auto &worker : workers)
+            worker.join();
+
+        const QStringList lines = readLines(path);
+        QCOMPARE(lines.size(), threads * perThread);
+        const QRegularExpression whole(u'^' + timestamp + R"( info busy : \d-\d+ x{3000}$)");
+        for (const QString &line : lines)
+            QVERIFY2(whole.match(line).hasMatch(), qPrintable(line.left(80)));
+    }
+
+    void cleanUpRemovesOnlyOldFilesOfThisApp()
+    {
+        const QDateTime now(QDate(2026, 11, 22), QTime(10, 0));
+        const QString id = AppInfo::identifier();
+        const QString today = id + u'.' + logDateText(now, "en_US");
+        const QStringList removed{
+            id + ".20261121.log",
+            id + ".archive/" + id + ".20200101.log", // the relative path counts
+            id + ".old.log/inside.txt",              // a folder with a matching name
+        };
+        const QStringList kept{
+            today + ".log",
+            today + ".previous.log",
+            "notes.txt",
+            "other." + id + ".20200101.log",
+            id + ".20200101.log.gz",
+            "old/" + id + ".20200101.log",
+            id + ".archive/readme.txt",
+        };
+        for (const QString &name : removed + kept)
+            writeFile(m_folder + name);
+
+        const BuiltLogger built = buildLogger(m_folder, now, "en_US");
+        QVERIFY2(built.error.isEmpty(), qPrintable(built.error));
+        for (const QString &name : removed)
+            QVERIFY2(!QFileInfo::exists(m_folder + name), qPrintable(name));
+        QVERIFY(!QFileInfo::exists(m_folder + id + ".old.log"));
+        for (const QString &name : kept)
+            QVERIFY2(QFileInfo::exists(m_folder + name), qPrintable(name));
+        // Today's file keeps what it had in front of the new record.
+        QCOMPARE(readLines(fileFor(now)).value(0), QStringLiteral("old"));
+    }
+
+    void buildCreatesFolderAndAppendsOnTheSameDay()
+    {
+        const QDateTime now(QDate(2026, 11, 22), QTime(10, 0));
+        m_folder = m_dir->path() + QStringLiteral("/deep/er/Logs/");
+        buildLogger(m_folder, now, "en_US").logger.info("first run");
+        const BuiltLogger again = buildLogger(m_folder, now.addSecs(3600), "en_US");
+        QVERIFY2(again.error.isEmpty(), qPrintable(again.error));
+        again.logger.info("second run");
+
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files), {"app.narv.Narv.20261122.log"});
+        const QString diff = mismatch(readLines(fileFor(now)),
+                                      {appLine("info", hello()), appLine("info", "first run"),
+                                       appLine("info", hello()), appLine("info", "second run")});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+    }
+
+    void weekBasedYear_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QStringList>("lcAllTimeLang");
+        QTest::addColumn<QDate>("date");
+        QTest::addColumn<QString>("expected");
+
+        const QDate newYear(2021, 1, 1);      // a Friday
+        const QDate lastMonday(2024, 12, 30); // its week holds 2025-01-01
+        const QStringList noEnv{"", "", ""};
+        QTest::newRow("de_DE: 1 Jan in the old year's last week")
+            << "de_DE" << noEnv << newYear << "20200101";
+        QTest::newRow("en_US: 1 Jan in week 1") << "en_US" << noEnv << newYear << "20210101";
+        QTest::newRow("de_DE: 30 Dec in week 1") << "de_DE" << noEnv << lastMonday << "20251230";
+        QTest::newRow("en_US: 30 Dec in week 1") << "en_US" << noEnv << lastMonday << "20251230";
+        QTest::newRow("ordinary day") << "de_DE" << noEnv << QDate(2026, 11, 22) << "20261122";
+        QTest::newRow("POSIX name") << "de_DE.UTF-8" << noEnv << newYear << "20200101";
+        // Locales with their own digits or calendar still name files with ASCII
+        // Gregorian dates (and keep their week rules).
+        QTest::newRow("Arabic digits") << "ar_EG" << noEnv << QDate(2026, 11, 22) << "20261122";
+        QTest::newRow("Persian calendar") << "fa_IR" << noEnv << QDate(2026, 11, 22) << "20261122";
+        QTest::newRow("LC_ALL first")
+            << "" << QStringList{"de_DE.UTF-8", "en_US.UTF-8", "en_US.UTF-8"} << newYear
+            << "20200101";
+        QTest::newRow("LC_TIME before LANG")
+            << "" << QStringList{"", "de_DE.UTF-8", "en_US.UTF-8"} << newYear << "20200101";
+        QTest::newRow("LANG alone")
+            << "" << QStringList{"", "", "de_DE.UTF-8"} << newYear << "20200101";
+    }
+
+    void weekBasedYear()
+    {
+        QFETCH(QString, locale);
+        QFETCH(QStringList, lcAllTimeLang);
+        QFETCH(QDate, date);
+        QFETCH(QString, expected);
+
+        ScopedEnv env;
+        env.set("LC_ALL", lcAllTimeLang[0]);
+        env.set("LC_TIME", lcAllTimeLang[1]);
+        env.set("LANG", lcAllTimeLang[2]);
+        QCOMPARE(logDateText(QDateTime(date, QTime(12, 0)), locale), expected);
+    }
+
+    void logfilePathFollowsCacheHomeAndClock()
+    {
+        ScopedEnv env;
+        env.set("XDG_CACHE_HOME", m_dir->path());
+        env.set("LC_ALL", "de_DE.UTF-8");
+        Clock::setNowSource([] { return QDateTime(QDate(2021, 1, 1), QTime(9, 0)); });
+        QCOMPARE(Logger::logfilePath(), m_dir->path() + "/narv/Logs/app.narv.Narv.20200101.log");
+        Clock::setNowSource([] { return QDateTime(QDate(2021, 1, 4), QTime(9, 0)); });
+        QCOMPARE(Logger::logfilePath(), m_dir->path() + "/narv/Logs/app.narv.Narv.20210104.log");
+        QVERIFY(!QFileInfo::exists(m_dir->path() + "/narv")); // nothing made on the way
+    }
+
+    void unusableFolderFallsBackToStdout()
+    {
+        // A plain file where the "narv" folder should be stops root as well.
+        writeFile(m_dir->filePath("narv"));
+        QProcess child;
+        runChild(child, "build");
+        QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(child.exitCode(), 0);
+
+        QStringList out = QString::fromUtf8(child.readAllStandardOutput()).split(u'\n');
+        const QString error = out.takeFirst();
+        QVERIFY2(error.startsWith("create logger error: "), qPrintable(error));
+        QVERIFY2(error.contains(m_dir->filePath("narv")), qPrintable(error));
+        out.removeAll({});
+        const QString diff =
+            mismatch(out, {appLine("info", hello()), appLine("info", "child done")});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+    }
+
+    void loggingWhileTheLoggerIsBuiltGoesToStderr()
+    {
+        QProcess child;
+        runChild(child, "reentrant");
+        QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(child.exitCode(), 0);
+
+        const QStringList err = QString::fromUtf8(child.readAllStandardError()).split(u'\n');
+        QString diff =
+            mismatch(err.filter(" : asked for the time"),
+                     {appLine("warning", "asked for the time")}) +
+            mismatch(err.filter(" : logged while"), {appLine("info", "logged while building")});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff + "\n" + err.join(u'\n')));
+        // Once built, the logger works as usual.
+        diff = mismatch(
+            QString::fromUtf8(child.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts),
+            {appLine("info", hello()), appLine("info", "child done")});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+    }
+
+    void fatalMessageIsInTheFileBeforeTheAbort()
+    {
+        QProcess child;
+        runChild(child, "fatal");
+        QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+
+        const QDir folder(m_dir->path() + "/narv/Logs");
+        const QStringList files = folder.entryList(QDir::Files);
+        QCOMPARE(files.size(), 1);
+        QVERIFY(files[0].startsWith(AppInfo::identifier() + u'.') && files[0].endsWith(".log"));
+        const QString diff =
+            mismatch(readLines(folder.filePath(files[0])),
+                     {appLine("info", hello()), appLine("warning", "routed warning"),
+                      appLine("critical", "fatal marker 42")});
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+    }
+};
+
+// QTEST_GUILESS_MAIN, plus the way in for the child processes.
+int main(int argc, char **argv)
+{
+    if (argc > 2 && qstrcmp(argv[1], "--child") == 0)
+        return runChild(argc, argv);
+    QCoreApplication app(argc, argv);
+    TestLogging test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_logging.moc"
