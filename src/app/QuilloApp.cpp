@@ -58,6 +58,12 @@ int QuilloApp::main(int argc, char **argv)
     quitOnSignals(app);
 
     logger(); // the banner goes first
+
+    // The desktop parts plug into the core here, before start-up runs.
+    // [windows]
+    // [statusbar]
+    // [events]
+
     AppDelegate delegate;
     QTimer::singleShot(0, &app, [&delegate] { delegate.applicationDidFinishLaunching(); });
     const int code = app.exec();

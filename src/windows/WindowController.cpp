@@ -9,6 +9,12 @@ std::unique_ptr<WindowBackend> &slot()
     return backend;
 }
 
+std::unique_ptr<UpdateChecker> &updaterSlot()
+{
+    static std::unique_ptr<UpdateChecker> checker;
+    return checker;
+}
+
 // Without a backend (core tests, a build without windows) the break still runs
 // as state; say so once instead of on every break.
 bool haveBackend()
@@ -62,4 +68,44 @@ void WindowController::showPrefView()
 {
     if (haveBackend())
         slot()->showPrefView();
+}
+
+void WindowController::showWaterView()
+{
+    if (haveBackend())
+        slot()->showWaterView();
+}
+
+void WindowController::closeWaterView()
+{
+    if (haveBackend())
+        slot()->closeWaterView();
+}
+
+void WindowController::toggleWaterView()
+{
+    if (!haveBackend())
+        return;
+    if (slot()->isWaterViewVisible())
+        closeWaterView();
+    else
+        showWaterView();
+}
+
+void WindowController::setUpdateChecker(std::unique_ptr<UpdateChecker> checker)
+{
+    updaterSlot() = std::move(checker);
+}
+
+UpdateChecker *WindowController::updateChecker()
+{
+    return updaterSlot().get();
+}
+
+void WindowController::showUpdater()
+{
+    if (auto &checker = updaterSlot())
+        checker->checkForUpdates();
+    else
+        LOG_NOTICE(QStringLiteral("this build does not check for updates"));
 }

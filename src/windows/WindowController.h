@@ -12,6 +12,18 @@ public:
     virtual void closeBreak() = 0;
     virtual void showAbout() = 0;
     virtual void showPrefView() = 0;
+    // The water panel; backends without one keep the defaults.
+    virtual void showWaterView() {}
+    virtual void closeWaterView() {}
+    virtual bool isWaterViewVisible() const { return false; }
+};
+
+// Checks for a newer release; installed at start-up when the build has one.
+class UpdateChecker {
+public:
+    virtual ~UpdateChecker() = default;
+    // A check the user asked for: reports "up to date" and errors too.
+    virtual void checkForUpdates() = 0;
 };
 
 namespace WindowController {
@@ -23,4 +35,12 @@ void showBreak();
 void closeBreak();
 void showAbout();
 void showPrefView();
+void showWaterView();
+void closeWaterView();
+void toggleWaterView();
+
+void setUpdateChecker(std::unique_ptr<UpdateChecker> checker);
+UpdateChecker *updateChecker();
+// The menu's "Check for Updates...".
+void showUpdater();
 } // namespace WindowController
