@@ -3,6 +3,8 @@
 #include "app/AppDelegate.h"
 #include "app/AppInfo.h"
 #include "app/Log.h"
+#include "app/LoginItem.h"
+#include "platform/login/LoginItemBackend.h"
 
 #include <QGuiApplication>
 #include <QSocketNotifier>
@@ -63,6 +65,8 @@ int QuilloApp::main(int argc, char **argv)
     // [windows]
     // [statusbar]
     // [events]
+    const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();
+    LoginItems::setCurrent(loginItem.get());
 
     AppDelegate delegate;
     QTimer::singleShot(0, &app, [&delegate] { delegate.applicationDidFinishLaunching(); });
