@@ -4,7 +4,9 @@
 #include "app/AppInfo.h"
 #include "app/Log.h"
 #include "app/LoginItem.h"
+#include "platform/instance/SingleInstance.h"
 #include "platform/login/LoginItemBackend.h"
+#include "windows/WindowController.h"
 
 #include <QGuiApplication>
 #include <QSocketNotifier>
@@ -60,6 +62,19 @@ int QuilloApp::main(int argc, char **argv)
     quitOnSignals(app);
 
     logger(); // the banner goes first
+
+    SingleInstance instance;
+    switch (instance.claim()) {
+    case SingleInstance::Claim::First:
+        break;
+    case SingleInstance::Claim::HandedOver:
+        LOG_INFO(QStringLiteral("Narv is already running; asked it to show its settings"));
+        return 0;
+    case SingleInstance::Claim::Failed:
+        LOG_ERROR(QStringLiteral("Narv is already running but does not answer; not starting twice"));
+        return 1;
+    }
+    QObject::connect(&instance, &SingleInstance::activated, &app, [] { WindowController::showPrefView(); });
 
     // The desktop parts plug into the core here, before start-up runs.
     // [windows]

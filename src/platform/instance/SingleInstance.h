@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QLocalServer>
+#include <QLockFile>
+#include <QObject>
+#include <QVariantMap>
+
+#include <memory>
+
+// Makes sure one Narv runs per user session. The first process claims the
+// session-bus name app.narv.Narv and serves org.freedesktop.Application on
+// /app/narv/Narv; without a session bus it holds a lock file and listens on a
+// local socket instead. A later start hands over to it and exits.
+class SingleInstance : public QObject {
+    Q_OBJECT
+public:
+    enum class Claim {
+        First,    // this process is the one instance
+        HandedOver, // another one runs and was asked to show itself
+        Failed,   // another one runs but could not be reached
+    };
+
+    explicit SingleInstance(QObject *parent = nullptr);
+    ~SingleInstance() override;
+
+    Claim claim();
+
+    static QString serviceName();
+    static QString objectPath();
+
+public Q_SLOTS:
+    // org.freedesktop.Application, called by a second start or the desktop.
+    void Activate(const QVariantMap &platformData);
+    void Open(const QStringList &uris, const QVariantMap &platformData);
+    void ActivateAction(const QString &actionName, const QVariantList &parameter,
+                        const QVariantMap &platformData);
+
+Q_SIGNALS:
+    // Another start of Narv asked for the running one.
+    void activated();
+
+private:
+    Claim claimOnBus();
+    Claim claimWithLockFile();
+
+    std::unique_ptr<QLockFile> m_lock;
+    QLocalServer m_server;
+};
