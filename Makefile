@@ -22,6 +22,9 @@ run: build
 test: build
 	scripts/run-tests $(BUILD_DIR)
 
+bench: build
+	bench/run $(BUILD_DIR)
+
 format:
 	find src tests bench -name '*.cpp' -o -name '*.h' | xargs clang-format -i
 

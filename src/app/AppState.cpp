@@ -5,6 +5,7 @@
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
+#include "settings/PrefWaterState.h"
 #include "settings/PreferencesStore.h"
 #include "settings/PromptState.h"
 #include "statusbar/StatusBarController.h"
@@ -92,5 +93,11 @@ TicktackState *AppState::workState()
 TicktackState *AppState::breakState()
 {
     static TicktackState *state = new TicktackState;
+    return state;
+}
+
+PrefWaterState *AppState::waterState()
+{
+    static PrefWaterState *state = new PrefWaterState(PreferencesStore::instance());
     return state;
 }

@@ -2,6 +2,7 @@
 
 class DelayedTask;
 class PrefState;
+class PrefWaterState;
 class PromptState;
 class TicktackState;
 
@@ -28,4 +29,5 @@ public:
     static PrefState *prefState();
     static TicktackState *workState();
     static TicktackState *breakState();
+    static PrefWaterState *waterState();
 };

@@ -1,9 +1,17 @@
 #include "app/Clock.h"
 
+#include <chrono>
+
 namespace {
 std::function<QDateTime()> &source()
 {
     static std::function<QDateTime()> s;
+    return s;
+}
+
+std::function<qint64()> &monotonicSource()
+{
+    static std::function<qint64()> s;
     return s;
 }
 } // namespace
@@ -18,4 +26,17 @@ QDateTime Clock::now()
 void Clock::setNowSource(std::function<QDateTime()> s)
 {
     source() = std::move(s);
+}
+
+qint64 Clock::monotonicMs()
+{
+    if (auto &s = monotonicSource())
+        return s();
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+void Clock::setMonotonicSource(std::function<qint64()> s)
+{
+    monotonicSource() = std::move(s);
 }

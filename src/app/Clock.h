@@ -10,4 +10,11 @@ namespace Clock {
 QDateTime now();
 // Replaces the source of "now"; an empty function restores the system clock.
 void setNowSource(std::function<QDateTime()> source);
+
+// Milliseconds on a clock that only runs forward and ignores changes of the
+// wall time; delays and deadlines are kept on it. Tests step it instead of
+// waiting.
+qint64 monotonicMs();
+// Replaces the source of monotonicMs(); an empty function restores the steady clock.
+void setMonotonicSource(std::function<qint64()> source);
 } // namespace Clock

@@ -2,13 +2,19 @@
 
 #include "app/AppDelegate.h"
 #include "app/AppInfo.h"
+#include "app/Localized.h"
 #include "app/Log.h"
 #include "app/LoginItem.h"
+#include "platform/events/EventSources.h"
 #include "platform/instance/SingleInstance.h"
 #include "platform/login/LoginItemBackend.h"
+#include "platform/mail/MailComposers.h"
+#include "platform/tray/TrayBackend.h"
+#include "platform/update/UpdateCheck.h"
+#include "windows/QmlWindowBackend.h"
 #include "windows/WindowController.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -55,7 +61,9 @@ int QuilloApp::main(int argc, char **argv)
     QGuiApplication::setApplicationName(QStringLiteral("narv"));
     QGuiApplication::setApplicationVersion(AppInfo::version());
     QGuiApplication::setDesktopFileName(AppInfo::identifier());
-    QGuiApplication app(argc, argv);
+    // QApplication rather than QGuiApplication: the classic tray icon, used
+    // where no StatusNotifierWatcher exists, needs QtWidgets for its menu.
+    QApplication app(argc, argv);
     QGuiApplication::setApplicationDisplayName(AppInfo::name());
     // A tray program: closing its last window must not end it.
     QGuiApplication::setQuitOnLastWindowClosed(false);
@@ -78,8 +86,14 @@ int QuilloApp::main(int argc, char **argv)
 
     // The desktop parts plug into the core here, before start-up runs.
     // [windows]
+    WindowController::setBackend(std::make_unique<QmlWindowBackend>());
     // [statusbar]
+    loadTranslations();
+    TrayBackend::install();
+    MailComposers::install();
+    UpdateCheck::install();
     // [events]
+    EventSources::install();
     const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();
     LoginItems::setCurrent(loginItem.get());
 

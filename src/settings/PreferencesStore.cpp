@@ -200,15 +200,32 @@ void PreferencesStore::write(const QString &key, const QVariant &value)
     Q_EMIT changed(key);
 }
 
+void PreferencesStore::reportWriteError()
+{
+    if (m_reportedWriteError)
+        return;
+    LOG_WARNING(QStringLiteral("settings: cannot write %1; changes last until Narv quits")
+                    .arg(m_settings.fileName()));
+    m_reportedWriteError = true;
+}
+
+bool PreferencesStore::checkWritable()
+{
+    const QFileInfo file(m_settings.fileName());
+    const QString dir = file.absolutePath();
+    // QSettings creates the folder itself on the first save; make sure it can.
+    const bool writable = QDir().mkpath(dir) && QFileInfo(dir).isDir() &&
+                          QFileInfo(dir).isWritable() && (!file.exists() || file.isWritable());
+    if (!writable)
+        reportWriteError();
+    return writable;
+}
+
 void PreferencesStore::flush()
 {
     m_settings.sync();
     if (m_settings.status() != QSettings::NoError) {
-        if (!m_reportedWriteError) {
-            LOG_WARNING(QStringLiteral("settings: cannot write %1; changes last until Narv quits")
-                            .arg(m_settings.fileName()));
-            m_reportedWriteError = true;
-        }
+        reportWriteError();
         return;
     }
     watch();

@@ -42,6 +42,11 @@ public:
     // Removes every key (tests start from an empty store this way).
     void clear();
 
+    // Logs once when the settings cannot be saved (say, the folder is not
+    // writable): Narv then runs on what it reads, and changes last until it quits.
+    // Returns whether the file can be written.
+    bool checkWritable();
+
     // Re-reads the file if another process changed it and reports what changed.
     // Runs by itself when the file watcher fires; public so callers can force it.
     void reload();
@@ -52,6 +57,7 @@ Q_SIGNALS:
 private:
     void write(const QString &key, const QVariant &value);
     void flush();
+    void reportWriteError();
     void watch();
     QHash<QString, QString> snapshot() const;
 

@@ -1,11 +1,18 @@
 #include "statusbar/StatusBarController.h"
 
+#include "app/AppInfo.h"
 #include "app/AppState.h"
+#include "app/Localized.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
 #include "settings/PromptState.h"
+#include "statusbar/MenuAction.h"
 
 #include <QObject>
+
+#include <cmath>
+
+using namespace StatusBarController;
 
 namespace {
 
@@ -18,6 +25,11 @@ struct Item {
     QString pauseImage;
     QMetaObject::Connection timesUpConnection;
     QMetaObject::Connection timeStringConnection;
+
+    bool menuBuilt = false;
+    QList<MenuItem> menu;
+    int lastId = 0;
+    WaterSource water;
 };
 
 Item &state()
@@ -48,7 +60,91 @@ void onCountdown()
     applyTitle(title);
 }
 
+MenuItem makeItem(const QString &title, const QString &image, const QString &key,
+                  MenuActionHandler action, int tag = 0)
+{
+    MenuItem item;
+    item.id = ++state().lastId;
+    item.title = title;
+    item.image = image;
+    item.keyEquivalent = key;
+    item.action = action;
+    item.tag = tag;
+    return item;
+}
+
+MenuItem separator()
+{
+    MenuItem item;
+    item.id = ++state().lastId;
+    item.separator = true;
+    return item;
+}
+
+// A new item on every call, so a re-inserted water item is a new menu entry.
+MenuItem waterItem()
+{
+    return makeItem(waterTitle(), QStringLiteral("drop.triangle"), QStringLiteral("r"),
+                    MenuAction::didClickWater, int(Tag::water));
+}
+
+int indexOfTag(Tag tag)
+{
+    const QList<MenuItem> &items = menu();
+    for (int i = 0; i < items.size(); ++i) {
+        if (items.at(i).tag == int(tag))
+            return i;
+    }
+    return -1;
+}
+
+void build()
+{
+    Item &s = state();
+    const QString dots = QStringLiteral("...");
+    QList<MenuItem> &menu = s.menu;
+    // One statement per item, so ids follow the menu's order.
+    menu.append(makeItem(QStringLiteral("    ") + AppInfo::name() + QStringLiteral(" - v") +
+                             AppInfo::version() + u'(' + AppInfo::build() + u')',
+                         QString(), QString(), nullptr));
+    menu.append(separator());
+    menu.append(makeItem(s.pauseTitle, s.pauseImage, QStringLiteral("p"), MenuAction::didClickPause,
+                         int(Tag::pause)));
+    if (s.water.enable && s.water.enable())
+        menu.append(waterItem());
+    // The "..." goes on after the lookup, so translations carry no dots.
+    menu.append(makeItem(NARV_TR("Settings") + dots, QStringLiteral("gearshape.circle"),
+                         QStringLiteral(","), MenuAction::didClickSettings));
+    menu.append(separator());
+    menu.append(makeItem(NARV_TR("Check for Updates") + dots,
+                         QStringLiteral("arrow.counterclockwise.icloud"), QString(),
+                         MenuAction::didClickUpdates));
+    menu.append(makeItem(NARV_TR("Feedback") + dots, QStringLiteral("mail.stack"), QString(),
+                         MenuAction::didClickFeedback));
+    menu.append(makeItem(NARV_TR("About") + dots, QStringLiteral("info.circle"), QString(),
+                         MenuAction::didClickAbout));
+    menu.append(makeItem(NARV_TR("Quit"), QStringLiteral("escape"), QStringLiteral("q"),
+                         MenuAction::didClickQuit));
+}
+
 } // namespace
+
+std::optional<Tag> StatusBarController::tagFromRawValue(int rawValue)
+{
+    switch (rawValue) {
+    case int(Tag::pause):
+        return Tag::pause;
+    case int(Tag::water):
+        return Tag::water;
+    default:
+        return std::nullopt;
+    }
+}
+
+void StatusBarController::setWaterSource(WaterSource source)
+{
+    state().water = std::move(source);
+}
 
 void StatusBarController::setBackendFactory(
     std::function<std::unique_ptr<StatusItemBackend>()> factory)
@@ -62,6 +158,7 @@ void StatusBarController::item()
     if (s.created)
         return;
     s.created = true;
+    menu(); // the backend shows the menu as soon as it exists
     if (s.factory)
         s.backend = s.factory();
     if (s.backend && !s.pauseTitle.isEmpty())
@@ -82,6 +179,95 @@ bool StatusBarController::hasItem()
     return state().created;
 }
 
+const QList<MenuItem> &StatusBarController::menu()
+{
+    Item &s = state();
+    if (!s.menuBuilt) {
+        s.menuBuilt = true;
+        build();
+    }
+    return s.menu;
+}
+
+const MenuItem *StatusBarController::itemWithTag(Tag tag)
+{
+    const int index = indexOfTag(tag);
+    return index < 0 ? nullptr : &state().menu.at(index);
+}
+
+const MenuItem *StatusBarController::itemWithId(int id)
+{
+    for (const MenuItem &item : menu()) {
+        if (item.id == id)
+            return &item;
+    }
+    return nullptr;
+}
+
+bool StatusBarController::activate(int id)
+{
+    const MenuItem *item = itemWithId(id);
+    if (!item || !item->isEnabled())
+        return false;
+    // The action may change the menu (and so move the item): hand it a copy.
+    const MenuItem sender = *item;
+    sender.action(&sender);
+    return true;
+}
+
+void StatusBarController::insetWaterItem()
+{
+    if (indexOfTag(Tag::water) >= 0)
+        return;
+    state().menu.insert(int(Tag::water), waterItem());
+    if (state().backend)
+        state().backend->menuLayoutChanged();
+}
+
+void StatusBarController::removeWaterItem()
+{
+    const int index = indexOfTag(Tag::water);
+    if (index < 0)
+        return;
+    state().menu.removeAt(index);
+    if (state().backend)
+        state().backend->menuLayoutChanged();
+}
+
+void StatusBarController::updateWaterItem()
+{
+    const int index = indexOfTag(Tag::water);
+    if (index < 0)
+        return;
+    MenuItem &item = state().menu[index];
+    item.title = waterTitle();
+    if (state().backend)
+        state().backend->menuItemChanged(item.id);
+}
+
+QString StatusBarController::waterTitle(float finishedPrecent, bool inWorkTime)
+{
+    // Float arithmetic on purpose: the tally is a float, and 0.29 shows as 28
+    // or 29 the same way everywhere the fraction is shown.
+    const float scaled = finishedPrecent * 100.0f;
+    // Also false for NaN. -2^63 and 2^63 are exact in a float.
+    if (!(scaled >= -0x1p63f && scaled < 0x1p63f))
+        qFatal("Fatal error: water finishedPrecent %g cannot be shown as a whole per cent",
+               double(finishedPrecent));
+    const auto percent = qint64(std::trunc(scaled));
+    const QString hours = inWorkTime ? QString() : NARV_TR("Out of hours");
+    return NARV_TR("Water") + QStringLiteral(" (") + QString::number(percent) +
+           QStringLiteral("% ") + hours + u')';
+}
+
+QString StatusBarController::waterTitle()
+{
+    const WaterSource &water = state().water;
+    const float finished = water.finishedPrecent ? water.finishedPrecent() : 0.0f;
+    const bool inWorkTime = water.inWorkTime ? water.inWorkTime() : true;
+    return waterTitle(finished, inWorkTime);
+}
+
 void StatusBarController::showTime(bool show)
 {
     TicktackState *work = AppState::workState();
@@ -93,6 +279,11 @@ void StatusBarController::setPauseItem(const QString &image, const QString &titl
     Item &s = state();
     s.pauseImage = image;
     s.pauseTitle = title;
+    if (s.menuBuilt) {
+        const int index = indexOfTag(Tag::pause);
+        s.menu[index].image = image;
+        s.menu[index].title = title;
+    }
     if (s.backend)
         s.backend->setPauseItem(image, title);
 }

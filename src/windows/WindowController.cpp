@@ -1,6 +1,8 @@
 #include "windows/WindowController.h"
 
+#include "app/AppState.h"
 #include "app/Log.h"
+#include "settings/PrefWaterState.h"
 
 namespace {
 std::unique_ptr<WindowBackend> &slot()
@@ -42,8 +44,14 @@ WindowBackend *WindowController::backend()
 
 void WindowController::setup()
 {
-    // Start-up hook: the update checker and the water schedule are armed here
-    // once they exist.
+    // The update checker is installed (and starts its own schedule) before
+    // start-up; what is left here is the water reminder's first arming.
+    PrefWaterState *water = AppState::waterState();
+    if (water->enable()) {
+        if (water->isNewDay())
+            water->reset();
+        water->schedule();
+    }
 }
 
 void WindowController::showBreak()
@@ -72,6 +80,9 @@ void WindowController::showPrefView()
 
 void WindowController::showWaterView()
 {
+    PrefWaterState *water = AppState::waterState();
+    if (water->isNewDay())
+        water->reset();
     if (haveBackend())
         slot()->showWaterView();
 }

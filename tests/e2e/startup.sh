@@ -14,7 +14,8 @@ pref.break.time=2
 pref.short.break.times=2
 pref.long.break.time=0
 CONF
-export HOME=$home XDG_CONFIG_HOME=$home/config XDG_CACHE_HOME=$home/cache
+export HOME=$home XDG_CONFIG_HOME=$home/config XDG_CACHE_HOME=$home/cache XDG_RUNTIME_DIR=$home/run
+mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen}
 "$narv" >"$home/stdout" 2>&1 &
 pid=$!

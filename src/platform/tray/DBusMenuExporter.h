@@ -1,0 +1,68 @@
+#pragma once
+
+#include "DBusMenuTypes.h"
+
+#include <QDBusConnection>
+#include <QObject>
+
+namespace StatusBarController {
+struct MenuItem;
+}
+
+// Publishes StatusBarController::menu() over com.canonical.dbusmenu at
+// /MenuBar, the way panels read a status item's menu, and runs the item a
+// panel reports clicked. The menu is flat: item 0 is the root, the menu's
+// items are its children.
+class DBusMenuExporter : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(uint Version READ version CONSTANT)
+    Q_PROPERTY(QString TextDirection READ textDirection CONSTANT)
+    Q_PROPERTY(QString Status READ status CONSTANT)
+    Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
+public:
+    static constexpr const char *objectPath = "/MenuBar";
+
+    explicit DBusMenuExporter(const QDBusConnection &connection, QObject *parent = nullptr);
+    ~DBusMenuExporter() override;
+
+    bool isExported() const { return m_exported; }
+    // The properties a panel gets for the item: label (with "_" doubled, as
+    // the protocol reads one "_" as a mnemonic), enabled, icon, shortcut, and
+    // the tag as "x-narv-tag".
+    static QVariantMap properties(const StatusBarController::MenuItem &item);
+
+    // Items were inserted or removed: a new revision of the layout.
+    void layoutChanged();
+    // The item's title or icon changed.
+    void itemChanged(int id);
+    uint revision() const { return m_revision; }
+
+    uint version() const { return 3; }
+    QString textDirection() const;
+    QString status() const { return QStringLiteral("normal"); }
+    QStringList iconThemePath() const { return {}; }
+
+    // The protocol's methods, called through the adaptor.
+    bool AboutToShow(int id);
+    QList<int> AboutToShowGroup(const QList<int> &ids, QList<int> &idErrors);
+    void Event(int id, const QString &eventId, const QDBusVariant &data, uint timestamp);
+    QList<int> EventGroup(const DBusMenuEventList &events);
+    DBusMenuItemList GetGroupProperties(const QList<int> &ids, const QStringList &propertyNames);
+    uint GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
+                   DBusMenuLayoutItem &layout);
+    QDBusVariant GetProperty(int id, const QString &name);
+
+Q_SIGNALS:
+    void ItemActivationRequested(int id, uint timestamp);
+    void ItemsPropertiesUpdated(const DBusMenuItemList &updatedProps,
+                                const DBusMenuItemKeysList &removedProps);
+    void LayoutUpdated(uint revision, int parent);
+
+private:
+    bool knows(int id) const;
+    void handleEvent(int id, const QString &eventId);
+
+    QDBusConnection m_connection;
+    bool m_exported = false;
+    uint m_revision = 1;
+};

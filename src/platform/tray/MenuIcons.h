@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QByteArray>
+#include <QIcon>
+#include <QString>
+
+// The menu's symbol names ("stop.circle", "gearshape.circle", ...) as icons on
+// this desktop: a freedesktop icon name where the icon theme has one, and our
+// own drawing (resources/icons/menu) where it has not.
+namespace MenuIcons {
+// The freedesktop name standing for the symbol; empty when there is none.
+QString themeName(const QString &symbol);
+// True when the icon theme in use draws the symbol's freedesktop name.
+bool themeHas(const QString &symbol);
+// Our own drawing of the symbol as PNG bytes; empty for an unknown symbol.
+QByteArray bundledPng(const QString &symbol, int size);
+// The theme's icon, else our own drawing; a null icon for an unknown symbol.
+QIcon icon(const QString &symbol);
+} // namespace MenuIcons

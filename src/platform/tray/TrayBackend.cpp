@@ -1,0 +1,93 @@
+#include "TrayBackend.h"
+
+#include "DBusMenuExporter.h"
+#include "StatusNotifierItem.h"
+#include "TrayIconFallback.h"
+#include "app/Log.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusError>
+
+TrayBackend::TrayBackend()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (bus.isConnected()) {
+        m_menu = new DBusMenuExporter(bus, QCoreApplication::instance());
+        m_item = new StatusNotifierItem(bus, QCoreApplication::instance());
+        if (m_item->isExported()) {
+            QObject::connect(m_item, &StatusNotifierItem::watcherChanged, m_item,
+                             [this](bool present) { useFallback(!present); });
+        }
+    } else {
+        LOG_WARNING(QStringLiteral("no session bus (%1): the status item can only be a classic "
+                                   "tray icon")
+                        .arg(bus.lastError().message()));
+    }
+    useFallback(!m_item || !m_item->isExported() || !m_item->watcherPresent());
+}
+
+TrayBackend::~TrayBackend()
+{
+    delete m_fallback;
+    delete m_item;
+    delete m_menu;
+}
+
+void TrayBackend::install()
+{
+    StatusBarController::setBackendFactory([] { return std::make_unique<TrayBackend>(); });
+}
+
+void TrayBackend::useFallback(bool use)
+{
+    if (!use) {
+        if (m_fallback)
+            m_fallback->hide();
+        return;
+    }
+    if (!TrayIconFallback::isAvailable()) {
+        LOG_WARNING(QStringLiteral("no StatusNotifierWatcher and no system tray: Narv runs "
+                                   "without its status item until a panel starts"));
+        return;
+    }
+    if (!m_fallback) {
+        LOG_INFO(QStringLiteral("no StatusNotifierWatcher: using the classic tray icon"));
+        m_fallback = new TrayIconFallback(QCoreApplication::instance());
+        m_fallback->setTitle(m_title);
+    }
+    m_fallback->show();
+}
+
+void TrayBackend::setTitle(const QString &title)
+{
+    m_title = title;
+    if (m_item)
+        m_item->setLabel(title);
+    if (m_fallback)
+        m_fallback->setTitle(title);
+}
+
+void TrayBackend::setPauseItem(const QString &, const QString &)
+{
+    const StatusBarController::MenuItem *pause =
+        StatusBarController::itemWithTag(StatusBarController::Tag::pause);
+    if (pause)
+        menuItemChanged(pause->id);
+}
+
+void TrayBackend::menuLayoutChanged()
+{
+    if (m_menu)
+        m_menu->layoutChanged();
+    if (m_fallback)
+        m_fallback->rebuildMenu();
+}
+
+void TrayBackend::menuItemChanged(int id)
+{
+    if (m_menu)
+        m_menu->itemChanged(id);
+    if (m_fallback)
+        m_fallback->updateItem(id);
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "DBusMenuExporter.h"
+#include "StatusNotifierItem.h"
+#include "TrayIconFallback.h"
+#include "statusbar/StatusBarController.h"
+
+#include <QPointer>
+#include <QString>
+
+// The status item on the Linux desktop: a StatusNotifierItem with its menu
+// over dbusmenu, and the classic tray icon while no StatusNotifierWatcher is
+// on the bus (it steps aside as soon as one appears).
+class TrayBackend : public StatusItemBackend {
+public:
+    TrayBackend();
+    ~TrayBackend() override;
+
+    // Makes StatusBarController create this backend for its item.
+    static void install();
+
+    void setTitle(const QString &title) override;
+    void setPauseItem(const QString &image, const QString &title) override;
+    void menuLayoutChanged() override;
+    void menuItemChanged(int id) override;
+
+    StatusNotifierItem *statusNotifierItem() const { return m_item; }
+    DBusMenuExporter *menuExporter() const { return m_menu; }
+    // The classic icon, when it is in use.
+    TrayIconFallback *fallback() const { return m_fallback; }
+
+private:
+    void useFallback(bool use);
+
+    // Owned by the application object, so that nothing outlives it at exit.
+    QPointer<StatusNotifierItem> m_item;
+    QPointer<DBusMenuExporter> m_menu;
+    QPointer<TrayIconFallback> m_fallback;
+    QString m_title;
+};

@@ -1,0 +1,26 @@
+#include "UpdateCheck.h"
+
+#include "AppcastUpdateChecker.h"
+#include "UpdateWindow.h"
+#include "app/AppInfo.h"
+#include "app/AppState.h"
+#include "app/Log.h"
+#include "settings/PreferencesStore.h"
+#include "windows/WindowController.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+void UpdateCheck::install()
+{
+    if (QFile::exists(QStringLiteral("/.flatpak-info"))) {
+        LOG_INFO(QStringLiteral("running in Flatpak: updates come from Flatpak, no update check"));
+        return;
+    }
+    auto *checker =
+        new AppcastUpdateChecker(QUrl(AppInfo::updateFeed()), PreferencesStore::instance(),
+                                 *AppState::prefState(), QCoreApplication::instance());
+    UpdateWindow::follow(checker);
+    WindowController::setUpdateChecker(std::make_unique<AppcastUpdateFront>(checker));
+    checker->start();
+}

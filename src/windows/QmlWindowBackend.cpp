@@ -1,0 +1,268 @@
+#include "windows/QmlWindowBackend.h"
+
+#include "app/Localized.h"
+#include "app/Log.h"
+#include "platform/windowhints/WindowHints.h"
+
+#include <QGuiApplication>
+#include <QPalette>
+#include <QPropertyAnimation>
+#include <QQmlEngine>
+#include <QQuickView>
+#include <QSGRendererInterface>
+#include <QScreen>
+
+// Generated with the Narv.Windows module. The library is static, so nothing
+// would pull the module's type registration into the program without this
+// reference.
+void qml_register_types_Narv_Windows();
+
+namespace {
+
+// Marks the windows made as break windows, so that no other window that happens
+// to carry a screen's name as its title is taken for one.
+constexpr auto kBreakWindowName = "narv-break-window";
+constexpr auto kFadeName = "narv-fade";
+
+QString moduleUrl(const QString &file)
+{
+    return QStringLiteral("qrc:/Narv/Windows/") + file;
+}
+
+// The window's one opacity animation, made on first use.
+QPropertyAnimation *fadeOf(QWindow *window)
+{
+    auto *fade = window->findChild<QPropertyAnimation *>(QLatin1String(kFadeName),
+                                                         Qt::FindDirectChildrenOnly);
+    if (!fade) {
+        fade = new QPropertyAnimation(window, "opacity", window);
+        fade->setObjectName(QLatin1String(kFadeName));
+        fade->setDuration(QmlWindowBackend::fadeMilliseconds);
+    }
+    return fade;
+}
+
+bool isFadingOut(QWindow *window)
+{
+    auto *fade = window->findChild<QPropertyAnimation *>(QLatin1String(kFadeName),
+                                                         Qt::FindDirectChildrenOnly);
+    return fade && fade->state() == QAbstractAnimation::Running && fade->endValue() == 0.0;
+}
+
+} // namespace
+
+QmlWindowBackend::QmlWindowBackend()
+{
+    // The windows and the engine must go while the application object still
+    // exists; the backend itself lives until static destruction.
+    if (auto *app = QCoreApplication::instance())
+        QObject::connect(app, &QCoreApplication::aboutToQuit, app, [this] { releaseWindows(); });
+}
+
+QmlWindowBackend::~QmlWindowBackend()
+{
+    if (QCoreApplication::instance())
+        releaseWindows();
+}
+
+void QmlWindowBackend::releaseWindows()
+{
+    qDeleteAll(breakWindows());
+    delete m_about;
+    m_engine.reset();
+}
+
+QString QmlWindowBackend::breakWindowTitle(const QScreen *screen)
+{
+    if (!screen->name().isEmpty())
+        return screen->name();
+    // Some platforms leave screens unnamed; the place on the desktop tells
+    // them apart instead.
+    const QRect g = screen->geometry();
+    return QStringLiteral("screen %1,%2").arg(g.x()).arg(g.y());
+}
+
+QQuickView *QmlWindowBackend::aboutWindow() const
+{
+    return m_about;
+}
+
+QQmlEngine *QmlWindowBackend::engine() const
+{
+    return m_engine.get();
+}
+
+std::unique_ptr<QQmlEngine> QmlWindowBackend::makeEngine()
+{
+    volatile auto keepRegistration = &qml_register_types_Narv_Windows;
+    Q_UNUSED(keepRegistration);
+    // Qt Quick's software renderer: a break screen is text on a plain
+    // background, and loading the OpenGL stack would multiply what the program
+    // keeps resident for the rest of its life (see bench/results.md). Qt's own
+    // QT_QUICK_BACKEND still decides when it is set.
+    if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    auto engine = std::make_unique<QQmlEngine>();
+    engine->addImportPath(QStringLiteral("qrc:/"));
+    return engine;
+}
+
+QQmlEngine *QmlWindowBackend::ensureEngine()
+{
+    if (!m_engine) {
+        LOG_INFO(QStringLiteral("create QML engine"));
+        m_engine = makeEngine();
+        m_hints = WindowHints::forSession();
+    }
+    return m_engine.get();
+}
+
+QQuickView *QmlWindowBackend::makeView(const QString &qmlFile)
+{
+    auto *view = new QQuickView(ensureEngine(), nullptr);
+    view->setResizeMode(QQuickView::SizeRootObjectToView);
+    view->setColor(QGuiApplication::palette().color(QPalette::Window));
+    view->setSource(QUrl(moduleUrl(qmlFile)));
+    if (view->status() != QQuickView::Ready) {
+        // An empty window is still better than none: it covers the screen and
+        // the break ends on time, since the countdown does not depend on it.
+        for (const QQmlError &error : view->errors())
+            LOG_ERROR(QStringLiteral("%1: %2").arg(qmlFile, error.toString()));
+    }
+    return view;
+}
+
+QList<QQuickView *> QmlWindowBackend::breakWindows() const
+{
+    QList<QQuickView *> windows;
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        if (window->objectName() == QLatin1String(kBreakWindowName))
+            windows.append(static_cast<QQuickView *>(window));
+    }
+    return windows;
+}
+
+QQuickView *QmlWindowBackend::breakWindow(QScreen *screen)
+{
+    const QString title = breakWindowTitle(screen);
+    for (QQuickView *window : breakWindows()) {
+        if (window->title() == title)
+            return window;
+    }
+    QQuickView *window = makeView(QStringLiteral("BreakView.qml"));
+    window->setObjectName(QLatin1String(kBreakWindowName));
+    window->setTitle(title);
+    window->setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    window->setScreen(screen);
+    window->setGeometry(screen->geometry());
+    LOG_INFO(QStringLiteral("create break window %1").arg(title));
+    return window;
+}
+
+void QmlWindowBackend::show(QWindow *window)
+{
+    m_hints->setOnAllDesktops(window);
+    if (!m_hints->canFade()) {
+        window->showFullScreen();
+        window->raise();
+        return;
+    }
+    QPropertyAnimation *fade = fadeOf(window);
+    // A window still fading out from the last break must not be hidden by
+    // that fade's end now that it is wanted again.
+    fade->stop();
+    QObject::disconnect(fade, &QAbstractAnimation::finished, nullptr, nullptr);
+    if (!window->isVisible())
+        window->setOpacity(0.0);
+    window->showFullScreen();
+    window->raise();
+    fade->setStartValue(window->opacity());
+    fade->setEndValue(1.0);
+    fade->start();
+}
+
+void QmlWindowBackend::close(QWindow *window)
+{
+    // Closing a hidden window, or one already on its way out, changes nothing:
+    // closePrompt() runs once per break view when a break ends.
+    if (!window->isVisible() || isFadingOut(window))
+        return;
+    if (!m_hints->canFade()) {
+        window->hide();
+        return;
+    }
+    QPropertyAnimation *fade = fadeOf(window);
+    fade->stop();
+    fade->setStartValue(window->opacity());
+    fade->setEndValue(0.0);
+    QObject::connect(fade, &QAbstractAnimation::finished, window, &QWindow::hide,
+                     Qt::SingleShotConnection);
+    fade->start();
+}
+
+void QmlWindowBackend::showBreak()
+{
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    QWindow *focus = nullptr;
+    for (QScreen *screen : screens) {
+        QQuickView *window = breakWindow(screen);
+        // The screen may have moved or changed size since the last break.
+        window->setScreen(screen);
+        window->setGeometry(screen->geometry());
+        show(window);
+        if (screen == QGuiApplication::primaryScreen() || !focus)
+            focus = window;
+    }
+    // Keys typed during the break go to the break window, not to the window
+    // below it (a Return there could send a half-written message).
+    if (focus)
+        focus->requestActivate();
+}
+
+void QmlWindowBackend::closeBreak()
+{
+    // Every screen gets its window here too, even one that was never shown
+    // (a screen lock outside a break): made now, it is ready for the next break.
+    for (QScreen *screen : QGuiApplication::screens())
+        breakWindow(screen);
+    // A window whose screen went away during the break has moved to another
+    // screen and has to go as well, so close them all, not only the screens'.
+    for (QQuickView *window : breakWindows())
+        close(window);
+}
+
+void QmlWindowBackend::showAbout()
+{
+    if (!m_about) {
+        m_about = makeView(QStringLiteral("AboutView.qml"));
+        m_about->setTitle(NARV_TR("About Narv"));
+        m_about->setFlags(Qt::Dialog);
+        const QSize size =
+            m_about->initialSize().isValid() ? m_about->initialSize() : QSize(320, 280);
+        m_about->setMinimumSize(size);
+        m_about->setMaximumSize(size);
+        m_about->resize(size);
+        if (QScreen *screen = QGuiApplication::primaryScreen()) {
+            const QRect area = screen->availableGeometry();
+            m_about->setPosition(area.center() - QPoint(size.width() / 2, size.height() / 2));
+        }
+    }
+    m_about->show();
+    m_about->raise();
+    m_about->requestActivate();
+}
+
+void QmlWindowBackend::showPrefView()
+{
+    LOG_INFO(QStringLiteral("show preferences: the preferences window is not built yet"));
+}
+
+void QmlWindowBackend::showWaterView()
+{
+    LOG_INFO(QStringLiteral("show water view: the water panel is not built yet"));
+}
+
+void QmlWindowBackend::closeWaterView()
+{
+    LOG_INFO(QStringLiteral("close water view: the water panel is not built yet"));
+}

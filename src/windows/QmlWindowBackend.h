@@ -1,0 +1,64 @@
+#pragma once
+
+#include "windows/WindowController.h"
+
+#include <QList>
+#include <QPointer>
+#include <QString>
+
+#include <memory>
+
+class QQmlEngine;
+class QQuickView;
+class QScreen;
+class QWindow;
+class WindowHints;
+
+// WindowController's windows, drawn with Qt Quick: one frameless BreakView
+// window per screen and the About window.
+//
+// The QML engine is made when the first window is needed: most of the time
+// Narv is a tray item and nothing more, and should cost no more than one.
+// Break windows are found again by their title (the screen's name), made once
+// and kept; between breaks they are only hidden.
+class QmlWindowBackend : public WindowBackend {
+public:
+    QmlWindowBackend();
+    ~QmlWindowBackend() override;
+
+    void showBreak() override;
+    void closeBreak() override;
+    void showAbout() override;
+    void showPrefView() override;
+    void showWaterView() override;
+    void closeWaterView() override;
+
+    // The break window of a screen: the one titled with the screen's name, or a
+    // new one when there is none yet.
+    QQuickView *breakWindow(QScreen *screen);
+    // Every break window made so far, also those whose screen has gone.
+    QList<QQuickView *> breakWindows() const;
+    QQuickView *aboutWindow() const;
+    // Null until the first window is made.
+    QQmlEngine *engine() const;
+
+    // An engine that finds the Narv.Windows module; every window of this backend
+    // shares one.
+    static std::unique_ptr<QQmlEngine> makeEngine();
+
+    // How long a window takes to fade in or out.
+    static constexpr int fadeMilliseconds = 2000;
+    // The title of a screen's break window.
+    static QString breakWindowTitle(const QScreen *screen);
+
+private:
+    QQmlEngine *ensureEngine();
+    QQuickView *makeView(const QString &qmlFile);
+    void show(QWindow *window);
+    void close(QWindow *window);
+    void releaseWindows();
+
+    std::unique_ptr<QQmlEngine> m_engine;
+    std::unique_ptr<WindowHints> m_hints;
+    QPointer<QQuickView> m_about;
+};

@@ -1,0 +1,220 @@
+// The water reminder's settings and schedule, with an injected clock.
+
+#include "TestSupport.h"
+
+#include "app/AppState.h"
+#include "app/Clock.h"
+#include "app/DelayedTask.h"
+#include "app/Log.h"
+#include "settings/DateText.h"
+#include "settings/PreferencesStore.h"
+#include "settings/PrefWaterState.h"
+#include "statusbar/StatusBarController.h"
+#include "windows/WindowController.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <cmath>
+
+using TestSupport::ScratchHome;
+
+namespace {
+class FakeWindows : public WindowBackend {
+public:
+    void showBreak() override {}
+    void closeBreak() override {}
+    void showAbout() override {}
+    void showPrefView() override {}
+    void showWaterView() override { ++waterShown; }
+    int waterShown = 0;
+};
+
+QString waterItemTitle()
+{
+    for (const auto &item : StatusBarController::menu()) {
+        if (item.tag == int(StatusBarController::Tag::water))
+            return item.title;
+    }
+    return {};
+}
+
+QDateTime at(int h, int m, int s = 0, int ms = 0)
+{
+    return QDateTime(QDate(2026, 11, 23), QTime(h, m, s, ms));
+}
+} // namespace
+
+class TestWater : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_home.emplace();
+        auto windows = std::make_unique<FakeWindows>();
+        m_windows = windows.get();
+        WindowController::setBackend(std::move(windows));
+        Clock::setNowSource([this] { return m_now; });
+    }
+
+    void init()
+    {
+        PreferencesStore::instance().clear();
+        m_now = at(10, 0);
+        m_water.emplace(PreferencesStore::instance());
+        m_windows->waterShown = 0;
+    }
+
+    void cleanup() { m_water.reset(); }
+
+    void defaultsWithNothingStored()
+    {
+        PrefWaterState &w = *m_water;
+        QCOMPARE(w.enable(), false);
+        QCOMPARE(w.target(), 1500);
+        QCOMPARE(w.mode(), PrefWaterState::Mode::interval);
+        QCOMPARE(w.intervalStartDate().time(), QTime(7, 0));
+        QCOMPARE(w.intervalEndDate().time(), QTime(20, 0));
+        QCOMPARE(w.selectedInterval(), 15);
+        QCOMPARE(w.finished(), 0);
+        QCOMPARE(w.lastSelectedAmount(), 150);
+        QCOMPARE(w.lastClickTimestamp(), 0.0);
+        QVERIFY(w.isNewDay());
+        QCOMPARE(w.remain(), 1500);
+        QCOMPARE(PrefWaterState::allModes(), QList<PrefWaterState::Mode>{PrefWaterState::Mode::interval});
+        QVERIFY(!PrefWaterState::modeFromRawValue(2));
+    }
+
+    void workingHoursAreStrictAndDoNotWrap_data()
+    {
+        QTest::addColumn<QTime>("start");
+        QTest::addColumn<QTime>("end");
+        QTest::addColumn<QDateTime>("now");
+        QTest::addColumn<bool>("inside");
+        const QTime seven(7, 0), eight(20, 0);
+        QTest::newRow("at the start") << seven << eight << at(7, 0) << false;
+        QTest::newRow("a moment later") << seven << eight << at(7, 0, 0, 1) << true;
+        QTest::newRow("midday") << seven << eight << at(12, 0) << true;
+        QTest::newRow("just before the end") << seven << eight << at(19, 59, 59, 999) << true;
+        QTest::newRow("at the end") << seven << eight << at(20, 0) << false;
+        QTest::newRow("equal hours") << eight << eight << at(20, 0, 0, 1) << false;
+        QTest::newRow("over midnight, late") << QTime(22, 0) << QTime(6, 0) << at(23, 0) << false;
+        QTest::newRow("over midnight, early") << QTime(22, 0) << QTime(6, 0) << at(3, 0) << false;
+    }
+
+    void workingHoursAreStrictAndDoNotWrap()
+    {
+        QFETCH(QTime, start);
+        QFETCH(QTime, end);
+        QFETCH(QDateTime, now);
+        QFETCH(bool, inside);
+        // Stored on another day, with a fraction: only the time of day counts.
+        m_water->setIntervalStartDate(QDateTime(QDate(2020, 1, 1), start).addMSecs(400));
+        m_water->setIntervalEndDate(QDateTime(QDate(2021, 6, 1), end).addMSecs(400));
+        m_now = now;
+        QCOMPARE(m_water->inWorkTime(), inside);
+    }
+
+    void scheduleKeepsOneJobCountedFromTheLastCall()
+    {
+        m_water->schedule();
+        QPointer<DelayedTask> first = m_water->workItem();
+        m_now = at(10, 5);
+        m_water->schedule();
+        QVERIFY(first.isNull() || first->isCancelled());
+        QVERIFY(m_water->workItem()->isPending());
+        QCOMPARE(m_water->workItemDue(), at(10, 20));
+        QCOMPARE(m_water->lastClickTimestamp(), at(10, 5).toMSecsSinceEpoch() / 1000.0);
+        if (first)
+            first->fireNow();
+        QCOMPARE(m_windows->waterShown, 0);
+        m_water->workItem()->fireNow();
+        QCOMPARE(m_windows->waterShown, 1);
+    }
+
+    void scheduleOutsideHoursOnlyLogs()
+    {
+        m_water->setLastClickTimestamp(123.0);
+        m_now = at(21, 0);
+        m_water->schedule();
+        QVERIFY(!m_water->workItem());
+        QCOMPARE(m_water->lastClickTimestamp(), 123.0);
+        QFile log(Logger::logfilePath());
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QVERIFY(log.readAll().contains(" info app.narv.Narv : Not in work time\n"));
+    }
+
+    void aJobArmedBeforeTheEndStillOpensThePanel()
+    {
+        m_now = at(19, 50);
+        m_water->setMode(PrefWaterState::Mode::timing); // the delay ignores the mode
+        m_water->schedule();
+        QCOMPARE(m_water->workItemDue(), at(20, 5));
+        m_now = at(20, 5);
+        QVERIFY(!m_water->inWorkTime());
+        m_water->workItem()->fireNow();
+        QCOMPARE(m_windows->waterShown, 1);
+        m_water->cancel();
+    }
+
+    void dailyReset()
+    {
+        const QDateTime yesterday = at(18, 0).addDays(-1);
+        m_water->setLastClickTimestamp(yesterday.toMSecsSinceEpoch() / 1000.0);
+        m_water->setFinished(900);
+        QVERIFY(m_water->isNewDay());
+        QCOMPARE(m_water->finished(), 900); // reading does not reset
+        // The status menu's water item follows every change of the tally.
+        PrefWaterState *water = &*m_water;
+        StatusBarController::setWaterSource({[] { return true; },
+                                             [water] { return water->finishedPrecent(); },
+                                             [] { return true; }});
+        StatusBarController::insetWaterItem();
+        m_water->setFinished(600);
+        QCOMPARE(waterItemTitle(), QStringLiteral("Water (40% )"));
+        m_water->reset();
+        QCOMPARE(waterItemTitle(), QStringLiteral("Water (0% )"));
+        StatusBarController::removeWaterItem();
+        StatusBarController::setWaterSource({});
+        QVERIFY(!m_water->isNewDay());
+        QCOMPARE(m_water->finished(), 0);
+        QCOMPARE(m_water->lastClickTimestamp(), m_now.toMSecsSinceEpoch() / 1000.0);
+    }
+
+    void tally()
+    {
+        m_water->setLastSelectedAmount(300);
+        m_water->updateFinished();
+        m_water->updateFinished();
+        QCOMPARE(m_water->finished(), 600);
+        QCOMPARE(m_water->remain(), 900);
+        QCOMPARE(m_water->finishedPrecent(), 0.4f);
+        m_water->setFinished(2000);
+        QCOMPARE(m_water->remain(), -500);
+        m_water->setTarget(0);
+        QVERIFY(std::isinf(m_water->finishedPrecent()));
+        m_water->setFinished(0);
+        QVERIFY(std::isnan(m_water->finishedPrecent()));
+    }
+
+    void datesAreStoredAsText()
+    {
+        m_water->setIntervalStartDate(at(8, 30));
+        const QString stored = PreferencesStore::instance().stringValue(
+            QString::fromLatin1(PrefWaterState::intervalStartKey), QString());
+        QCOMPARE(stored, DateText::fromDate(at(8, 30)));
+        PreferencesStore::instance().setString(QString::fromLatin1(PrefWaterState::intervalEndKey),
+                                               QStringLiteral("garbage"));
+        QCOMPARE(m_water->intervalEndDate().toMSecsSinceEpoch(), 0);
+    }
+
+private:
+    std::optional<ScratchHome> m_home;
+    std::optional<PrefWaterState> m_water;
+    FakeWindows *m_windows = nullptr;
+    QDateTime m_now;
+};
+
+QTEST_GUILESS_MAIN(TestWater)
+#include "tst_water.moc"

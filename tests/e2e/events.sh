@@ -1,0 +1,110 @@
+#!/usr/bin/env bash
+# The real program on a private X server with two monitors (tests/run-on-xvfb)
+# and a private session bus: input made with xdotool reaches it as XInput 2
+# raw events, and the kinds the idle stop watches restart work that a screen
+# lock stopped, the others do not. Motion, left and right clicks and a Shift
+# press count; a letter key, the wheel, the middle button and a drag with it
+# do not. The locks are ActiveChanged signals sent with dbus-send. (The
+# five-minute wait itself is tested with stepped time in tst_systemevents.)
+#
+#   tests/e2e/events.sh path/to/narv
+set -euo pipefail
+narv=$(realpath "$1")
+here=$(cd "$(dirname "$0")" && pwd)
+source "$here/common.sh"
+narv_on_xvfb_and_bus "$0" "$@"
+
+narv_scratch_home
+pid=
+trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; rm -rf "$home"' EXIT
+# The defaults: stop after five idle minutes, stop on lock, restart on unlock.
+cat >"$home/config/narv/narv.conf" <<'CONF'
+[General]
+pref.work.time=25
+CONF
+export LC_ALL=C.UTF-8
+unset XDG_SESSION_TYPE XDG_SESSION_ID
+"$narv" >"$home/stdout" 2>&1 &
+pid=$!
+
+passed=0
+log() { cat "$home"/cache/narv/Logs/app.narv.Narv.*.log 2>/dev/null || true; }
+fail() {
+    echo "FAIL: $*"
+    echo "--- log"; log | tail -40
+    exit 1
+}
+ok() { passed=$((passed + 1)); echo "ok: $*"; }
+count() { log | grep -c -- "$1" || true; }
+# Waits up to $1 seconds for the count of log lines matching $2 to exceed $3.
+wait_count() {
+    for _ in $(seq 1 $(($1 * 10))); do
+        [[ $(count "$2") -gt $3 ]] && return 0
+        kill -0 "$pid" 2>/dev/null || fail "narv is gone"
+        sleep 0.1
+    done
+    return 1
+}
+screensaver() {
+    dbus-send --session --type=signal /org/gnome/ScreenSaver org.gnome.ScreenSaver.ActiveChanged \
+        "boolean:$1"
+}
+lock() {
+    local before
+    before=$(count " : screen locked$")
+    screensaver true
+    wait_count 5 " : screen locked$" "$before" || fail "the lock did not arrive"
+}
+unlock() {
+    local before
+    before=$(count " : screen unlocked$")
+    screensaver false
+    wait_count 5 " : screen unlocked$" "$before" || fail "the unlock did not arrive"
+}
+restarts() { count " : mouse activity, work starts again$"; }
+
+# Counts: with work stopped by a lock, the input restarts it.
+counts() {
+    local what=$1 before
+    shift
+    lock
+    before=$(restarts)
+    xdotool "$@"
+    wait_count 5 " : mouse activity, work starts again$" "$before" || fail "$what did not count"
+    unlock
+    ok "$what counts"
+}
+# Does not count: a second later work is still stopped.
+does_not_count() {
+    local what=$1 before
+    shift
+    lock
+    before=$(restarts)
+    xdotool "$@"
+    sleep 1
+    [[ $(restarts) -eq $before ]] || fail "$what counted"
+    unlock
+    ok "$what does not count"
+}
+
+wait_count 20 " : sandbox home path: " 0 || fail "narv did not start"
+log | grep -q " : mouse activity: XInput 2 raw events on $DISPLAY$" || fail "XInput 2 is not used"
+ok "activity comes from XInput 2 raw events on its own connection"
+
+counts "mouse motion" mousemove_relative 7 5
+counts "a left click" click 1
+counts "a right click" click 3
+counts "a Shift press" key shift
+counts "a Control press" key ctrl
+does_not_count "a letter key" key a
+does_not_count "the wheel" click 4 click 5
+does_not_count "a middle click" click 2
+does_not_count "a drag with the middle button" mousedown 2 mousemove_relative 9 9 mouseup 2
+counts "motion after the middle button is let go" mousemove_relative -- -9 -9
+
+kill -TERM "$pid"
+wait "$pid" && status=0 || status=$?
+pid=
+[[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
+! log | grep -E " (error|critical) " || fail "errors in the log"
+echo "e2e events: $passed passed, 0 failed"

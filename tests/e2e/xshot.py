@@ -1,0 +1,137 @@
+#!/usr/bin/env python3
+"""Reads X screenshots (xwd -root) with the standard library only.
+
+  xshot.py png SHOT.xwd OUT.png            the screenshot as a PNG
+  xshot.py blue SHOT.xwd X Y W H           the blue things in a rectangle, one
+                                           line each: "capsule|text CX CY W H"
+
+The break screen draws two things in its accent blue: the "Skip" capsule (a
+filled area) and the underlined "Water Reminder" line with its chevron. Both
+are found by colour, so the tests can click them where a user would.
+"""
+import struct
+import sys
+import zlib
+
+ACCENT = (0x0A, 0x7A, 0xFF)
+
+
+class Shot:
+    def __init__(self, path):
+        data = open(path, "rb").read()
+        header = struct.unpack(">25I", data[:100])
+        (header_size, _version, _format, _depth, self.width, self.height, _xoffset, byte_order,
+         _unit, _bit_order, _pad, bits_per_pixel, self.bytes_per_line) = header[:13]
+        red_mask, green_mask, blue_mask = header[14:17]
+        ncolors = header[19]
+        if bits_per_pixel not in (24, 32):
+            raise SystemExit(f"xshot: {bits_per_pixel} bits per pixel not supported")
+        self.step = bits_per_pixel // 8
+        self.little = byte_order == 0
+        self.masks = (red_mask, green_mask, blue_mask)
+        self.pixels = data[header_size + 12 * ncolors:]
+
+    def rgb(self, x, y):
+        offset = y * self.bytes_per_line + self.step * x
+        value = int.from_bytes(self.pixels[offset:offset + self.step],
+                               "little" if self.little else "big")
+        out = []
+        for mask in self.masks:
+            shift = (mask & -mask).bit_length() - 1
+            out.append((value & mask) >> shift)
+        return tuple(out)
+
+    def png(self, path, box=None):
+        x0, y0, w, h = box or (0, 0, self.width, self.height)
+        rows = bytearray()
+        for y in range(y0, y0 + h):
+            rows.append(0)
+            for x in range(x0, x0 + w):
+                rows.extend(self.rgb(x, y))
+
+        def chunk(kind, body):
+            return (struct.pack(">I", len(body)) + kind + body
+                    + struct.pack(">I", zlib.crc32(kind + body) & 0xFFFFFFFF))
+
+        with open(path, "wb") as out:
+            out.write(b"\x89PNG\r\n\x1a\n")
+            out.write(chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 2, 0, 0, 0)))
+            out.write(chunk(b"IDAT", zlib.compress(bytes(rows), 9)))
+            out.write(chunk(b"IEND", b""))
+
+
+def is_accent(rgb, tolerance=40):
+    return all(abs(a - b) <= tolerance for a, b in zip(rgb, ACCENT))
+
+
+def blue_things(shot, x0, y0, w, h):
+    """Bounding boxes (left, top, right, bottom) of the accent-blue things: the
+    capsule is where the long runs of blue are, the text is the rest."""
+    runs = []  # (y, first x, last x)
+    for y in range(y0, y0 + h):
+        start = None
+        for x in range(x0, x0 + w + 1):
+            blue = x < x0 + w and is_accent(shot.rgb(x, y))
+            if blue and start is None:
+                start = x
+            elif not blue and start is not None:
+                runs.append((y, start, x - 1))
+                start = None
+    def column_height(x, y):
+        top = bottom = y
+        while top - 1 >= y0 and is_accent(shot.rgb(x, top - 1)):
+            top -= 1
+        while bottom + 1 < y0 + h and is_accent(shot.rgb(x, bottom + 1)):
+            bottom += 1
+        return bottom - top + 1
+
+    def filled(y, first, last):
+        # A long run that is blue a good way up or down across its width: the
+        # capsule, not the underline of "Water Reminder" with letters on it.
+        if last - first + 1 < 30:
+            return False
+        quarter = (last - first) // 4
+        return all(column_height(x, y) >= 12 for x in (first + quarter, first + 2 * quarter,
+                                                       last - quarter))
+
+    capsule = None
+    for y, first, last in runs:
+        if filled(y, first, last):
+            capsule = merge(capsule, (first, y, last, y))
+    text = None
+    for y, first, last in runs:
+        # Runs at the capsule's top and bottom are its rounded ends.
+        if capsule and first <= capsule[2] + 4 and last >= capsule[0] - 4 \
+                and capsule[1] - 8 <= y <= capsule[3] + 8:
+            continue
+        if not filled(y, first, last):
+            text = merge(text, (first, y, last, y))
+    return capsule, text
+
+
+def merge(a, b):
+    if a is None:
+        return b
+    return (min(a[0], b[0]), min(a[1], b[1]), max(a[2], b[2]), max(a[3], b[3]))
+
+
+def main(argv):
+    if len(argv) >= 3 and argv[0] == "png":
+        box = tuple(int(v) for v in argv[3:7]) if len(argv) >= 7 else None
+        Shot(argv[1]).png(argv[2], box)
+        return 0
+    if len(argv) == 6 and argv[0] == "blue":
+        shot = Shot(argv[1])
+        x0, y0, w, h = (int(v) for v in argv[2:6])
+        capsule, text = blue_things(shot, x0, y0, w, h)
+        for name, box in (("capsule", capsule), ("text", text)):
+            if box:
+                l, t, r, b = box
+                print(f"{name} {(l + r) // 2} {(t + b) // 2} {r - l + 1} {b - t + 1}")
+        return 0
+    print(__doc__, file=sys.stderr)
+    return 2
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))

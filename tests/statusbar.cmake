@@ -1,0 +1,32 @@
+# The status item, its menu, the feedback mail and the update check.
+
+# A test program that runs on a private session bus of its own.
+function(narv_add_bus_test name)
+    add_executable(${name} ${ARGN})
+    target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE narv_iconfont Qt6::Test)
+    add_test(NAME ${name} COMMAND dbus-run-session -- $<TARGET_FILE:${name}>)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 120
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+endfunction()
+
+# The menu model, the water item, the actions, the feedback text, translations.
+narv_add_core_test(tst_menu statusbar/tst_menu.cpp)
+
+# The item and its menu read the way a panel reads them, with a small
+# StatusNotifierWatcher of the test's own; the real binary registers, pauses
+# and quits the same way.
+narv_add_bus_test(tst_tray statusbar/tst_tray.cpp statusbar/FakeStatusNotifierWatcher.h)
+target_link_libraries(tst_tray PRIVATE narv_tray)
+set_property(TEST tst_tray APPEND PROPERTY ENVIRONMENT "NARV_BINARY=$<TARGET_FILE:narv>")
+
+# xdg-email (a stand-in on PATH), the Email portal (a stand-in on the bus) and
+# mailto: links.
+narv_add_bus_test(tst_mail statusbar/tst_mail.cpp)
+target_link_libraries(tst_mail PRIVATE narv_mail)
+
+# The appcast check against a feed the test serves on 127.0.0.1.
+if(NARV_UPDATE_CHECK)
+    narv_add_gui_test(tst_update statusbar/tst_update.cpp)
+    target_link_libraries(tst_update PRIVATE narv_update)
+endif()

@@ -1,0 +1,603 @@
+// The status item read the way a panel reads it: over a private session bus
+// (the test runs under dbus-run-session), from a connection of its own, with a
+// StatusNotifierWatcher of the test's own. The item lives in this process with
+// stepped ticks; the last test does the same with the real binary.
+//
+// Replies are read generically (plain()), by their D-Bus signatures, not with
+// the item's own marshalling code, so a marshalling slip shows up here.
+
+#include "FakeStatusNotifierWatcher.h"
+#include "TestSupport.h"
+
+#include "DBusMenuExporter.h"
+#include "StatusNotifierItem.h"
+#include "TrayBackend.h"
+#include "TrayIconFallback.h"
+#include "app/AppState.h"
+#include "app/Localized.h"
+#include "app/Log.h"
+#include "app/TickSource.h"
+#include "app/TicktackController.h"
+#include "app/TicktackState.h"
+#include "settings/PrefState.h"
+#include "settings/PreferencesStore.h"
+#include "statusbar/StatusBarController.h"
+#include "windows/WindowController.h"
+
+#include <QApplication>
+#include <QDBusArgument>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QFile>
+#include <QMenu>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTest>
+
+using StatusBarController::Tag;
+using TestSupport::ScratchHome;
+
+namespace {
+
+const QString sniInterface = QStringLiteral("org.kde.StatusNotifierItem");
+const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
+
+// A D-Bus value as plain Qt values: structures and arrays as lists, dictionaries
+// as maps, variants unwrapped.
+QVariant plain(const QVariant &value);
+
+QVariant plain(const QDBusArgument &argument)
+{
+    switch (argument.currentType()) {
+    case QDBusArgument::StructureType: {
+        QVariantList fields;
+        argument.beginStructure();
+        while (!argument.atEnd())
+            fields.append(plain(argument.asVariant()));
+        argument.endStructure();
+        return fields;
+    }
+    case QDBusArgument::ArrayType: {
+        QVariantList elements;
+        argument.beginArray();
+        while (!argument.atEnd())
+            elements.append(plain(argument.asVariant()));
+        argument.endArray();
+        return elements;
+    }
+    case QDBusArgument::MapType: {
+        QVariantMap map;
+        argument.beginMap();
+        while (!argument.atEnd()) {
+            argument.beginMapEntry();
+            const QString key = plain(argument.asVariant()).toString();
+            map.insert(key, plain(argument.asVariant()));
+            argument.endMapEntry();
+        }
+        argument.endMap();
+        return map;
+    }
+    default:
+        return plain(argument.asVariant());
+    }
+}
+
+QVariant plain(const QVariant &value)
+{
+    if (value.userType() == qMetaTypeId<QDBusVariant>())
+        return plain(value.value<QDBusVariant>().variant());
+    if (value.userType() == qMetaTypeId<QDBusArgument>())
+        return plain(value.value<QDBusArgument>());
+    if (value.userType() == qMetaTypeId<QDBusObjectPath>())
+        return value.value<QDBusObjectPath>().path();
+    return value;
+}
+
+// Signals a panel listens to, as they arrive.
+class SignalLog : public QObject {
+    Q_OBJECT
+public:
+    QList<QPair<QString, QVariantList>> received;
+
+    QList<QVariantList> argumentsOf(const QString &member) const
+    {
+        QList<QVariantList> result;
+        for (const auto &[name, args] : received) {
+            if (name == member)
+                result.append(args);
+        }
+        return result;
+    }
+
+public Q_SLOTS:
+    void onMessage(const QDBusMessage &message)
+    {
+        QVariantList args;
+        for (const QVariant &arg : message.arguments())
+            args.append(plain(arg));
+        received.append({message.member(), args});
+    }
+};
+
+class FakeWindows : public WindowBackend {
+public:
+    explicit FakeWindows(int &breaks) : m_breaks(breaks) {}
+    void showBreak() override { ++m_breaks; }
+    void closeBreak() override {}
+    void showAbout() override {}
+    void showPrefView() override {}
+
+private:
+    int &m_breaks;
+};
+
+QVariantMap propsOf(const QVariant &layoutItem)
+{
+    return layoutItem.toList().value(1).toMap();
+}
+
+} // namespace
+
+class TestTray : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+
+    void registersWhenAWatcherAppears();
+    void itemAsAPanelReadsIt();
+    void labelFollowsTheCountdown();
+    void layoutInOrder();
+    void clickingStartStopPauses();
+    void waterItemComesAndGoes();
+    void classicTrayIconMenu();
+    void realBinaryRegistersPausesAndQuits();
+
+private:
+    QDBusMessage call(const QString &service, const QString &path, const QString &interface,
+                      const QString &method, const QVariantList &args = {});
+    QVariant property(const QString &name);
+    QVariantList layout(uint *revision = nullptr, const QString &service = {});
+    QVariantList children(const QString &service = {})
+    {
+        return layout(nullptr, service).value(2).toList();
+    }
+    bool listen(const QString &service, const QString &path, const QString &interface,
+                const QString &member, SignalLog *log);
+    int indexOfLabel(const QVariantList &items, const QString &prefix);
+
+    std::optional<ScratchHome> m_home;
+    ManualTickSource m_ticks;
+    int m_breaks = 0;
+    QDBusConnection m_panel{QString()};
+    std::unique_ptr<FakeStatusNotifierWatcher> m_watcher;
+    QString m_service;
+    SignalLog m_signals;
+};
+
+QDBusMessage TestTray::call(const QString &service, const QString &path, const QString &interface,
+                            const QString &method, const QVariantList &args)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
+    message.setArguments(args);
+    // Asynchronous, with the event loop running: the item answers from this thread.
+    QDBusPendingCall pending = m_panel.asyncCall(message, 10000);
+    if (!QTest::qWaitFor([&] { return pending.isFinished(); }, 15000))
+        qWarning() << "no answer to" << method;
+    return pending.reply();
+}
+
+QVariant TestTray::property(const QString &name)
+{
+    const QDBusMessage reply = call(m_service, QStringLiteral("/StatusNotifierItem"),
+                                    QStringLiteral("org.freedesktop.DBus.Properties"),
+                                    QStringLiteral("Get"), {sniInterface, name});
+    return reply.type() == QDBusMessage::ReplyMessage ? plain(reply.arguments().value(0))
+                                                      : QVariant();
+}
+
+QVariantList TestTray::layout(uint *revision, const QString &service)
+{
+    const QDBusMessage reply =
+        call(service.isEmpty() ? m_service : service, QStringLiteral("/MenuBar"), menuInterface,
+             QStringLiteral("GetLayout"), {0, -1, QStringList()});
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != u"u(ia{sv}av)") {
+        qWarning() << "GetLayout:" << reply.signature() << reply.errorMessage();
+        return {};
+    }
+    if (revision)
+        *revision = reply.arguments().value(0).toUInt();
+    return plain(reply.arguments().value(1)).toList();
+}
+
+bool TestTray::listen(const QString &service, const QString &path, const QString &interface,
+                      const QString &member, SignalLog *log)
+{
+    return m_panel.connect(service, path, interface, member, log, SLOT(onMessage(QDBusMessage)));
+}
+
+int TestTray::indexOfLabel(const QVariantList &items, const QString &prefix)
+{
+    for (int i = 0; i < items.size(); ++i) {
+        if (propsOf(items.at(i)).value(QStringLiteral("label")).toString().startsWith(prefix))
+            return i;
+    }
+    return -1;
+}
+
+void TestTray::initTestCase()
+{
+    QVERIFY2(QDBusConnection::sessionBus().isConnected(), "run this under dbus-run-session");
+    m_home.emplace();
+    loadTranslations(QLocale(QLocale::English));
+    m_panel = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("panel"));
+    QVERIFY(m_panel.isConnected());
+    m_watcher = std::make_unique<FakeStatusNotifierWatcher>(m_panel);
+
+    TicktackController::setTimer(&m_ticks);
+    WindowController::setBackend(std::make_unique<FakeWindows>(m_breaks));
+    TrayBackend::install();
+    AppState::setWorking(true);
+    // No watcher yet, as at a login where Narv starts before the panel.
+    StatusBarController::item();
+    m_service =
+        QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
+    QVERIFY(listen(m_service, QStringLiteral("/StatusNotifierItem"), sniInterface,
+                   QStringLiteral("XAyatanaNewLabel"), &m_signals));
+    QVERIFY(listen(m_service, QStringLiteral("/MenuBar"), menuInterface,
+                   QStringLiteral("ItemsPropertiesUpdated"), &m_signals));
+    QVERIFY(listen(m_service, QStringLiteral("/MenuBar"), menuInterface,
+                   QStringLiteral("LayoutUpdated"), &m_signals));
+}
+
+void TestTray::cleanupTestCase()
+{
+    m_watcher.reset();
+}
+
+void TestTray::registersWhenAWatcherAppears()
+{
+    // Without a watcher and without a system tray (offscreen) the item says so.
+    QFile log(Logger::logfilePath());
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    QVERIFY(log.readAll().contains("no StatusNotifierWatcher and no system tray"));
+    QVERIFY(m_watcher->registrations().isEmpty());
+
+    QVERIFY(m_watcher->start());
+    const QString item = m_service + QStringLiteral("/StatusNotifierItem");
+    QTRY_COMPARE_WITH_TIMEOUT(m_watcher->registrations(), QStringList{item}, 10000);
+    QCOMPARE(m_watcher->lastSender(), QDBusConnection::sessionBus().baseService());
+
+    // A panel restart: the new watcher knows nothing, the item registers again.
+    m_watcher->stop();
+    QVERIFY(m_watcher->start());
+    QTRY_COMPARE_WITH_TIMEOUT(m_watcher->registrations(), (QStringList{item, item}), 10000);
+}
+
+void TestTray::itemAsAPanelReadsIt()
+{
+    const QDBusMessage reply = call(m_service, QStringLiteral("/StatusNotifierItem"),
+                                    QStringLiteral("org.freedesktop.DBus.Properties"),
+                                    QStringLiteral("GetAll"), {sniInterface});
+    QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
+    const QVariantMap all = plain(reply.arguments().value(0)).toMap();
+    QCOMPARE(all.value(QStringLiteral("Id")).toString(), QStringLiteral("app.narv.Narv"));
+    QCOMPARE(all.value(QStringLiteral("Category")).toString(), QStringLiteral("ApplicationStatus"));
+    QCOMPARE(all.value(QStringLiteral("Status")).toString(), QStringLiteral("Active"));
+    QCOMPARE(all.value(QStringLiteral("Title")).toString(), QStringLiteral("Narv"));
+    QCOMPARE(all.value(QStringLiteral("ItemIsMenu")).toBool(), true);
+    QCOMPARE(all.value(QStringLiteral("Menu")).toString(), QStringLiteral("/MenuBar"));
+    QCOMPARE(all.value(QStringLiteral("XAyatanaLabelGuide")).toString(), QStringLiteral("00:00"));
+
+    // The emblem in several sizes: ARGB32, four bytes a pixel, something drawn.
+    const QVariantList pixmaps = all.value(QStringLiteral("IconPixmap")).toList();
+    QVERIFY(pixmaps.size() >= 3);
+    for (const QVariant &pixmap : pixmaps) {
+        const QVariantList p = pixmap.toList();
+        const int w = p.value(0).toInt(), h = p.value(1).toInt();
+        const QByteArray data = p.value(2).toByteArray();
+        QCOMPARE(w, h);
+        QCOMPARE(data.size(), w * h * 4);
+        int opaque = 0;
+        for (int i = 0; i < data.size(); i += 4)
+            opaque += quint8(data.at(i)) == 0xff; // the alpha byte comes first
+        QVERIFY2(opaque > w, qPrintable(QString::number(w)));
+    }
+
+    // The tooltip: (icon name, pixmaps, title, text) with the remaining time.
+    const QVariantList toolTip = all.value(QStringLiteral("ToolTip")).toList();
+    QCOMPARE(toolTip.size(), 4);
+    QCOMPARE(toolTip.value(2).toString(), QStringLiteral("Narv"));
+    QCOMPARE(toolTip.value(3).toString(), all.value(QStringLiteral("XAyatanaLabel")).toString());
+}
+
+void TestTray::labelFollowsTheCountdown()
+{
+    PrefState *pref = AppState::prefState();
+    pref->setWorkTime(1);
+    QTRY_COMPARE(property(QStringLiteral("XAyatanaLabel")).toString(), QStringLiteral("01:00"));
+    m_signals.received.clear();
+    m_ticks.advance(2);
+    QTRY_COMPARE(m_signals.argumentsOf(QStringLiteral("XAyatanaNewLabel")).size(), 2);
+    QCOMPARE(m_signals.argumentsOf(QStringLiteral("XAyatanaNewLabel")),
+             (QList<QVariantList>{{QStringLiteral("00:59"), QStringLiteral("00:00")},
+                                  {QStringLiteral("00:58"), QStringLiteral("00:00")}}));
+    QCOMPARE(property(QStringLiteral("XAyatanaLabel")).toString(), QStringLiteral("00:58"));
+
+    pref->setShowTime(false);
+    m_ticks.advance(3);
+    QCOMPARE(property(QStringLiteral("XAyatanaLabel")).toString(), QString());
+    pref->setShowTime(true);
+    QCOMPARE(property(QStringLiteral("XAyatanaLabel")).toString(), QStringLiteral("00:55"));
+
+    // Time up: the label empties and one break starts.
+    const int breaks = m_breaks;
+    m_ticks.advance(55);
+    QCOMPARE(property(QStringLiteral("XAyatanaLabel")).toString(), QString());
+    QCOMPARE(m_breaks, breaks + 1);
+    QCOMPARE(property(QStringLiteral("ToolTip")).toList().value(3).toString(), QString());
+    AppState::setWorking(true); // the break runs as state only; back to work
+    pref->setWorkTime(25);
+    QCOMPARE(property(QStringLiteral("XAyatanaLabel")).toString(), QStringLiteral("25:00"));
+}
+
+void TestTray::layoutInOrder()
+{
+    uint revision = 0;
+    const QVariantList root = layout(&revision);
+    QCOMPARE(root.value(0).toInt(), 0);
+    QCOMPARE(propsOf(root).value(QStringLiteral("children-display")).toString(),
+             QStringLiteral("submenu"));
+
+    // One line per item: label|enabled|shortcut|tag|has an icon, "-" for a separator.
+    QStringList lines;
+    QSet<int> ids;
+    for (const QVariant &child : root.value(2).toList()) {
+        const QVariantMap p = propsOf(child);
+        ids.insert(child.toList().value(0).toInt());
+        QCOMPARE(child.toList().value(2).toList().size(), 0); // a flat menu
+        if (p.value(QStringLiteral("type")).toString() == u"separator") {
+            lines.append(QStringLiteral("-"));
+            continue;
+        }
+        QStringList keys;
+        for (const QVariant &combo : p.value(QStringLiteral("shortcut")).toList())
+            keys.append(combo.toStringList().join(u'+'));
+        const bool icon =
+            p.contains(QStringLiteral("icon-name")) || p.contains(QStringLiteral("icon-data"));
+        lines.append(QStringLiteral("%1|%2|%3|%4|%5")
+                         .arg(p.value(QStringLiteral("label")).toString(),
+                              p.value(QStringLiteral("enabled")).toBool() ? "on" : "off",
+                              keys.join(u' '), p.value(QStringLiteral("x-narv-tag")).toString(),
+                              icon ? p.value(QStringLiteral("accessible-desc")).toString()
+                                   : QStringLiteral("no icon")));
+    }
+    QCOMPARE(lines, (QStringList{
+                        QStringLiteral("    Narv - v0.1.0(1)|off|||no icon"),
+                        QStringLiteral("-"),
+                        QStringLiteral("- Stop -|on|Control+p|2|stop.circle"),
+                        QStringLiteral("Settings...|on|Control+comma||gearshape.circle"),
+                        QStringLiteral("-"),
+                        QStringLiteral("Check for Updates...|on|||arrow.counterclockwise.icloud"),
+                        QStringLiteral("Feedback...|on|||mail.stack"),
+                        QStringLiteral("About...|on|||info.circle"),
+                        QStringLiteral("Quit|on|Control+q||escape"),
+                    }));
+    QCOMPARE(ids.size(), 9);
+    QVERIFY(!ids.contains(0));
+
+    // Asking for some properties of some items, as panels do to refresh.
+    const int quitId = root.value(2).toList().value(8).toList().value(0).toInt();
+    const QDBusMessage group = call(
+        m_service, QStringLiteral("/MenuBar"), menuInterface, QStringLiteral("GetGroupProperties"),
+        {QVariant::fromValue(QList<int>{quitId, 4242}), QStringList{QStringLiteral("label")}});
+    QCOMPARE(group.signature(), QStringLiteral("a(ia{sv})"));
+    QCOMPARE(plain(group.arguments().value(0)).toList(),
+             (QVariantList{QVariantList{
+                 quitId, QVariantMap{{QStringLiteral("label"), QStringLiteral("Quit")}}}}));
+    const QDBusMessage show = call(m_service, QStringLiteral("/MenuBar"), menuInterface,
+                                   QStringLiteral("AboutToShow"), {0});
+    QCOMPARE(show.arguments().value(0).toBool(), false);
+}
+
+void TestTray::clickingStartStopPauses()
+{
+    const QVariantList items = children();
+    const int pauseId = items.value(2).toList().value(0).toInt();
+    m_signals.received.clear();
+
+    call(m_service, QStringLiteral("/MenuBar"), menuInterface, QStringLiteral("Event"),
+         {pauseId, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0u});
+    QTRY_VERIFY(AppState::manualPause());
+    QVERIFY(!TicktackController::isRunning());
+    // The panel is told the new label without asking for the whole layout.
+    QTRY_VERIFY(!m_signals.argumentsOf(QStringLiteral("ItemsPropertiesUpdated")).isEmpty());
+    const QVariantList update =
+        m_signals.argumentsOf(QStringLiteral("ItemsPropertiesUpdated")).last();
+    const QVariantList changed = update.value(0).toList();
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed.first().toList().value(0).toInt(), pauseId);
+    QCOMPARE(propsOf(changed.first()).value(QStringLiteral("label")).toString(),
+             QStringLiteral("- Work -")); // "Wrok" in the tables
+    QCOMPARE(propsOf(children().value(2)).value(QStringLiteral("accessible-desc")).toString(),
+             QStringLiteral("play.circle"));
+
+    // Through EventGroup this time, with an id that does not exist alongside.
+    const QDBusMessage reply =
+        call(m_service, QStringLiteral("/MenuBar"), menuInterface, QStringLiteral("EventGroup"),
+             {QVariant::fromValue(
+                 DBusMenuEventList{{pauseId, QStringLiteral("clicked"), QDBusVariant(0), 0},
+                                   {4242, QStringLiteral("clicked"), QDBusVariant(0), 0}})});
+    QCOMPARE(plain(reply.arguments().value(0)).toList(), QVariantList{4242});
+    QTRY_VERIFY(!AppState::manualPause());
+    QCOMPARE(propsOf(children().value(2)).value(QStringLiteral("label")).toString(),
+             QStringLiteral("- Stop -"));
+    QCOMPARE(property(QStringLiteral("XAyatanaLabel")).toString(), QStringLiteral("25:00"));
+
+    // Events other than clicks do nothing.
+    call(m_service, QStringLiteral("/MenuBar"), menuInterface, QStringLiteral("Event"),
+         {pauseId, QStringLiteral("hovered"), QVariant::fromValue(QDBusVariant(0)), 0u});
+    QTest::qWait(50);
+    QVERIFY(!AppState::manualPause());
+}
+
+void TestTray::waterItemComesAndGoes()
+{
+    float finished = 0.456f;
+    bool inWorkTime = true;
+    StatusBarController::setWaterSource(
+        {[] { return false; }, [&] { return finished; }, [&] { return inWorkTime; }});
+    uint before = 0;
+    layout(&before);
+    m_signals.received.clear();
+
+    StatusBarController::insetWaterItem();
+    StatusBarController::insetWaterItem();
+    QTRY_COMPARE(m_signals.argumentsOf(QStringLiteral("LayoutUpdated")).size(), 1);
+    QCOMPARE(m_signals.argumentsOf(QStringLiteral("LayoutUpdated")).first(),
+             (QVariantList{before + 1, 0}));
+    uint revision = 0;
+    QVariantList items = layout(&revision).value(2).toList();
+    QCOMPARE(revision, before + 1);
+    QCOMPARE(items.size(), 10);
+    const QVariantMap water = propsOf(items.value(3));
+    QCOMPARE(water.value(QStringLiteral("label")).toString(), QStringLiteral("Water (45% )"));
+    QCOMPARE(water.value(QStringLiteral("x-narv-tag")).toInt(), 3);
+    QCOMPARE(water.value(QStringLiteral("shortcut")).toList().value(0).toStringList(),
+             (QStringList{QStringLiteral("Control"), QStringLiteral("r")}));
+    QVERIFY(water.contains(QStringLiteral("icon-data"))); // our own drop: no theme has one
+    const int waterId = items.value(3).toList().value(0).toInt();
+
+    inWorkTime = false;
+    StatusBarController::updateWaterItem();
+    QTRY_VERIFY(!m_signals.argumentsOf(QStringLiteral("ItemsPropertiesUpdated")).isEmpty());
+    const QVariantList changed =
+        m_signals.argumentsOf(QStringLiteral("ItemsPropertiesUpdated")).last().value(0).toList();
+    QCOMPARE(changed.value(0).toList().value(0).toInt(), waterId);
+    QCOMPARE(propsOf(changed.value(0)).value(QStringLiteral("label")).toString(),
+             QStringLiteral("Water (45% Out of hours)"));
+
+    StatusBarController::removeWaterItem();
+    StatusBarController::removeWaterItem();
+    items = layout(&revision).value(2).toList();
+    QCOMPARE(revision, before + 2);
+    QCOMPARE(items.size(), 9);
+    QCOMPARE(indexOfLabel(items, QStringLiteral("Water")), -1);
+    QTRY_COMPARE(m_signals.argumentsOf(QStringLiteral("LayoutUpdated")).size(), 2);
+}
+
+void TestTray::classicTrayIconMenu()
+{
+    // The fallback's menu is the same model as a QMenu; its tooltip carries the time.
+    TrayIconFallback fallback;
+    fallback.setTitle(QStringLiteral("12:34"));
+    QCOMPARE(fallback.toolTip(), QStringLiteral("Narv 12:34"));
+    fallback.setTitle(QString());
+    QCOMPARE(fallback.toolTip(), QStringLiteral("Narv"));
+
+    QStringList lines;
+    for (QAction *action : fallback.menu()->actions()) {
+        lines.append(action->isSeparator()
+                         ? QStringLiteral("-")
+                         : QStringLiteral("%1|%2|%3|%4")
+                               .arg(action->text(), action->isEnabled() ? "on" : "off",
+                                    action->shortcut().toString(),
+                                    action->icon().isNull() ? "no icon" : "icon"));
+    }
+    QCOMPARE(lines, (QStringList{
+                        QStringLiteral("    Narv - v0.1.0(1)|off||no icon"),
+                        QStringLiteral("-"),
+                        QStringLiteral("- Stop -|on|Ctrl+P|icon"),
+                        QStringLiteral("Settings...|on|Ctrl+,|icon"),
+                        QStringLiteral("-"),
+                        QStringLiteral("Check for Updates...|on||icon"),
+                        QStringLiteral("Feedback...|on||icon"),
+                        QStringLiteral("About...|on||icon"),
+                        QStringLiteral("Quit|on|Ctrl+Q|icon"),
+                    }));
+    fallback.menu()->actions().at(2)->trigger();
+    QVERIFY(AppState::manualPause());
+    fallback.updateItem(StatusBarController::itemWithTag(Tag::pause)->id);
+    QCOMPARE(fallback.menu()->actions().at(2)->text(), QStringLiteral("- Work -"));
+    AppState::setManualPause(false);
+}
+
+void TestTray::realBinaryRegistersPausesAndQuits()
+{
+    const QString binary = qEnvironmentVariable("NARV_BINARY");
+    if (binary.isEmpty())
+        QSKIP("NARV_BINARY is not set (ctest sets it)");
+    QTemporaryDir home;
+    QDir().mkpath(home.path() + QStringLiteral("/config/narv"));
+    QFile settings(home.path() + QStringLiteral("/config/narv/narv.conf"));
+    QVERIFY(settings.open(QIODevice::WriteOnly));
+    settings.write("[General]\nauto_check_update=false\n");
+    settings.close();
+
+    QProcess narv;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("HOME"), home.path());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.path() + QStringLiteral("/config"));
+    env.insert(QStringLiteral("XDG_CACHE_HOME"), home.path() + QStringLiteral("/cache"));
+    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    narv.setProcessEnvironment(env);
+    narv.setProcessChannelMode(QProcess::MergedChannels);
+    const int registered = int(m_watcher->registrations().size());
+    narv.start(binary, {});
+    QVERIFY(narv.waitForStarted());
+
+    // The watcher is there before it: it registers at start.
+    const QString service = QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(narv.processId());
+    QTRY_COMPARE_WITH_TIMEOUT(m_watcher->registrations().size(), registered + 1, 15000);
+    QCOMPARE(m_watcher->registrations().last(), service + QStringLiteral("/StatusNotifierItem"));
+
+    const auto label = [&] {
+        const QDBusMessage reply =
+            call(service, QStringLiteral("/StatusNotifierItem"),
+                 QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+                 {sniInterface, QStringLiteral("XAyatanaLabel")});
+        return plain(reply.arguments().value(0)).toString();
+    };
+    // Real seconds pass: the label counts down from 25:00.
+    const QRegularExpression counting(QStringLiteral("^24:5[0-9]$"));
+    QTRY_VERIFY_WITH_TIMEOUT(counting.match(label()).hasMatch(), 15000);
+
+    SignalLog narvSignals;
+    QVERIFY(listen(service, QStringLiteral("/MenuBar"), menuInterface,
+                   QStringLiteral("ItemsPropertiesUpdated"), &narvSignals));
+    const QVariantList items = children(service);
+    QCOMPARE(items.size(), 9);
+    const auto idOf = [&](const QString &prefix) {
+        return items.value(indexOfLabel(items, prefix)).toList().value(0).toInt();
+    };
+    call(service, QStringLiteral("/MenuBar"), menuInterface, QStringLiteral("Event"),
+         {idOf(QStringLiteral("- Stop -")), QStringLiteral("clicked"),
+          QVariant::fromValue(QDBusVariant(0)), 0u});
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !narvSignals.argumentsOf(QStringLiteral("ItemsPropertiesUpdated")).isEmpty(), 10000);
+    const QVariantList changed =
+        narvSignals.argumentsOf(QStringLiteral("ItemsPropertiesUpdated")).first().value(0).toList();
+    QCOMPARE(propsOf(changed.value(0)).value(QStringLiteral("label")).toString(),
+             QStringLiteral("- Work -"));
+
+    call(service, QStringLiteral("/MenuBar"), menuInterface, QStringLiteral("Event"),
+         {idOf(QStringLiteral("Quit")), QStringLiteral("clicked"),
+          QVariant::fromValue(QDBusVariant(0)), 0u});
+    // The quit may already have been seen while the event loop ran for the call.
+    QTRY_COMPARE_WITH_TIMEOUT(narv.state(), QProcess::NotRunning, 15000);
+    QCOMPARE(narv.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(narv.exitCode(), 0);
+    QVERIFY2(narv.readAll().contains(" info app.narv.Narv : quit from the menu"),
+             "the quit reaches the log");
+}
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    TestTray test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_tray.moc"

@@ -1,0 +1,363 @@
+// The update check against an appcast this test serves on 127.0.0.1: a newer
+// release, the same one, a malformed feed, a server that is not there; what
+// the window shows for each, on demand and on schedule; the schedule itself.
+
+#include "TestSupport.h"
+
+#include "Appcast.h"
+#include "AppcastUpdateChecker.h"
+#include "UpdateWindow.h"
+#include "app/AppInfo.h"
+#include "app/AppState.h"
+#include "app/Log.h"
+#include "settings/PrefState.h"
+#include "settings/PreferencesStore.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QNetworkProxy>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+#include <QUrlQuery>
+
+using TestSupport::ScratchHome;
+
+namespace {
+
+// Answers every GET with one canned response and keeps the request targets.
+class FeedServer : public QObject {
+    Q_OBJECT
+public:
+    QByteArray status = "200 OK";
+    QByteArray body;
+    QStringList targets;
+
+    FeedServer()
+    {
+        m_server.listen(QHostAddress::LocalHost);
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket *socket = m_server.nextPendingConnection()) {
+                connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
+                    m_requests[socket] += socket->readAll();
+                    if (!m_requests[socket].contains("\r\n\r\n"))
+                        return;
+                    targets.append(QString::fromLatin1(m_requests[socket].split(' ').value(1)));
+                    socket->write("HTTP/1.1 " + status +
+                                  "\r\nContent-Type: application/rss+xml\r\n"
+                                  "Content-Length: " +
+                                  QByteArray::number(body.size()) +
+                                  "\r\nConnection: close\r\n\r\n" + body);
+                    socket->disconnectFromHost();
+                });
+                connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+            }
+        });
+    }
+    QUrl feed() const
+    {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1/appcast.xml").arg(m_server.serverPort()));
+    }
+
+private:
+    QTcpServer m_server;
+    QHash<QTcpSocket *, QByteArray> m_requests;
+};
+
+QByteArray appcast(const QByteArray &items)
+{
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+           "<rss version=\"2.0\" xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/"
+           "sparkle\">\n<channel>\n<title>Narv</title>\n" +
+           items + "</channel>\n</rss>\n";
+}
+
+QByteArray item(const QByteArray &shortVersion, const QByteArray &build,
+                const QByteArray &extra = {})
+{
+    return "<item><title>Narv " + shortVersion +
+           "</title>\n<sparkle:releaseNotesLink>https://narv.app/release_note/" + shortVersion +
+           "</sparkle:releaseNotesLink>\n<enclosure url=\"https://narv.app/download/narv-" +
+           shortVersion + ".tar.gz\" sparkle:version=\"" + build +
+           "\" sparkle:shortVersionString=\"" + shortVersion + "\" length=\"1\" " + extra +
+           "/>\n</item>\n";
+}
+
+QByteArray logText()
+{
+    QFile log(Logger::logfilePath());
+    return log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestUpdate : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+
+    void versions_data();
+    void versions();
+    void parsing();
+
+    void outcomes_data();
+    void outcomes();
+    void systemProfileInTheQuery();
+    void restartDoesNotCheckAtOnce();
+
+private:
+    std::unique_ptr<AppcastUpdateChecker> checker(const QUrl &feed);
+    PrefState *pref() { return AppState::prefState(); }
+
+    std::optional<ScratchHome> m_home;
+};
+
+void TestUpdate::initTestCase()
+{
+    // The feed is on this machine: a proxy from the environment must not get it.
+    QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy);
+    m_home.emplace();
+    logger();
+}
+
+void TestUpdate::init()
+{
+    PreferencesStore::instance().clear();
+    if (UpdateWindow::instance())
+        UpdateWindow::instance()->hide();
+}
+
+std::unique_ptr<AppcastUpdateChecker> TestUpdate::checker(const QUrl &feed)
+{
+    auto c = std::make_unique<AppcastUpdateChecker>(feed, PreferencesStore::instance(), *pref());
+    UpdateWindow::follow(c.get());
+    return c;
+}
+
+void TestUpdate::versions_data()
+{
+    QTest::addColumn<QString>("a");
+    QTest::addColumn<QString>("b");
+    QTest::addColumn<int>("order");
+    QTest::newRow("equal") << "0.1.0"
+                           << "0.1.0" << 0;
+    QTest::newRow("missing parts are 0") << "1.0"
+                                         << "1.0.0" << 0;
+    QTest::newRow("numeric, not text") << "0.10.0"
+                                       << "0.9.3" << 1;
+    QTest::newRow("patch") << "0.1.1"
+                           << "0.1.0" << 1;
+    QTest::newRow("older major") << "1.9"
+                                 << "2.0" << -1;
+    QTest::newRow("pre-release is older") << "1.0-beta"
+                                          << "1.0" << -1;
+    QTest::newRow("pre-releases") << "1.0b2"
+                                  << "1.0b1" << 1;
+    QTest::newRow("build numbers") << "12"
+                                   << "9" << 1;
+    QTest::newRow("whitespace") << " 2.0 "
+                                << "2.0" << 0;
+}
+
+void TestUpdate::versions()
+{
+    QFETCH(QString, a);
+    QFETCH(QString, b);
+    QFETCH(int, order);
+    QCOMPARE(qBound(-1, Appcast::compareVersions(a, b), 1), order);
+    QCOMPARE(qBound(-1, Appcast::compareVersions(b, a), 1), -order);
+}
+
+void TestUpdate::parsing()
+{
+    QString error;
+    const auto items = Appcast::parse(
+        appcast(item("0.2.0", "5") + item("0.9.0", "9", "sparkle:os=\"macos\"") +
+                "<item><title>beta</title><sparkle:channel>beta</sparkle:channel>"
+                "<sparkle:version>20</sparkle:version></item>\n"
+                // versions as elements, the download as the item's link
+                "<item><title>Narv 0.3.0</title><link>https://narv.app/download/</link>"
+                "<sparkle:version>7</sparkle:version>"
+                "<sparkle:shortVersionString>0.3.0</sparkle:shortVersionString></item>\n"
+                "<item><title>no version</title></item>\n"),
+        &error);
+    QVERIFY2(items, qPrintable(error));
+    QCOMPARE(items->size(), 2);
+    QCOMPARE(items->at(0).displayVersion(), QStringLiteral("0.2.0"));
+    QCOMPARE(items->at(0).version, QStringLiteral("5"));
+    QCOMPARE(items->at(0).releaseNotesLink,
+             QUrl(QStringLiteral("https://narv.app/release_note/0.2.0")));
+    QCOMPARE(items->at(0).downloadLink,
+             QUrl(QStringLiteral("https://narv.app/download/narv-0.2.0.tar.gz")));
+    QCOMPARE(items->at(1).downloadLink, QUrl(QStringLiteral("https://narv.app/download/")));
+
+    const auto newest = Appcast::newestUpdate(*items, QStringLiteral("0.1.0"), QStringLiteral("1"));
+    QVERIFY(newest);
+    QCOMPARE(newest->displayVersion(), QStringLiteral("0.3.0"));
+    QVERIFY(!Appcast::newestUpdate(*items, QStringLiteral("0.3.0"), QStringLiteral("7")));
+    // Same version, a later build.
+    QVERIFY(Appcast::newestUpdate(*items, QStringLiteral("0.3.0"), QStringLiteral("6")));
+
+    QVERIFY(Appcast::parse(appcast(""), &error)->isEmpty());
+    QVERIFY(!Appcast::parse("<rss><channel><item>", &error));
+    QVERIFY2(error.contains(QStringLiteral("line")), qPrintable(error));
+    QVERIFY(!Appcast::parse("<html><body>Not here</body></html>", &error));
+    QCOMPARE(error, QStringLiteral("not an RSS feed"));
+}
+
+void TestUpdate::outcomes_data()
+{
+    QTest::addColumn<QByteArray>("status");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<bool>("serverUp");
+    QTest::addColumn<bool>("userInitiated");
+    QTest::addColumn<QString>("heading"); // empty: no window
+    QTest::addColumn<QString>("message");
+
+    const QByteArray newer = appcast(item("0.2.0", "2") + item("0.1.0", "1"));
+    const QByteArray same = appcast(item("0.1.0", "1"));
+    const QByteArray broken = appcast(item("0.2.0", "2")).replace("</channel>", "");
+    const QString available = QStringLiteral("A new version is available");
+    const QString failed = QStringLiteral("The update check failed");
+    QTest::newRow("newer, asked") << QByteArray("200 OK") << newer << true << true << available
+                                  << QStringLiteral("Version 0.2.0 is out; you have 0.1.0.");
+    QTest::newRow("newer, scheduled") << QByteArray("200 OK") << newer << true << false << available
+                                      << QStringLiteral("Version 0.2.0 is out; you have 0.1.0.");
+    QTest::newRow("same, asked") << QByteArray("200 OK") << same << true << true
+                                 << QStringLiteral("You're up to date")
+                                 << QStringLiteral("Narv 0.1.0 is the newest version available.");
+    QTest::newRow("same, scheduled")
+        << QByteArray("200 OK") << same << true << false << QString() << QString();
+    QTest::newRow("malformed, asked") << QByteArray("200 OK") << broken << true << true << failed
+                                      << QStringLiteral("The update feed is not a valid appcast: ");
+    QTest::newRow("malformed, scheduled")
+        << QByteArray("200 OK") << broken << true << false << QString() << QString();
+    QTest::newRow("not found, asked")
+        << QByteArray("404 Not Found") << QByteArray("gone") << true << true << failed << QString();
+    QTest::newRow("unreachable, asked")
+        << QByteArray() << QByteArray() << false << true << failed << QString();
+    QTest::newRow("unreachable, scheduled")
+        << QByteArray() << QByteArray() << false << false << QString() << QString();
+}
+
+void TestUpdate::outcomes()
+{
+    QFETCH(QByteArray, status);
+    QFETCH(QByteArray, body);
+    QFETCH(bool, serverUp);
+    QFETCH(bool, userInitiated);
+    QFETCH(QString, heading);
+    QFETCH(QString, message);
+
+    QUrl feed;
+    FeedServer server;
+    server.status = status;
+    server.body = body;
+    feed = server.feed();
+    if (!serverUp) {
+        // A port that was just free: nothing listens there now.
+        QTcpServer probe;
+        QVERIFY(probe.listen(QHostAddress::LocalHost));
+        feed = QUrl(QStringLiteral("http://127.0.0.1:%1/appcast.xml").arg(probe.serverPort()));
+    }
+    const auto c = checker(feed);
+    QSignalSpy available(c.get(), &AppcastUpdateChecker::updateAvailable);
+    QSignalSpy upToDate(c.get(), &AppcastUpdateChecker::upToDate);
+    QSignalSpy failed(c.get(), &AppcastUpdateChecker::checkFailed);
+    const qsizetype logBefore = logText().size();
+    if (userInitiated)
+        c->checkForUpdates();
+    else
+        c->checkInBackground();
+    QVERIFY(c->isChecking());
+    QTRY_VERIFY_WITH_TIMEOUT(!c->isChecking(), 20000);
+    QCOMPARE(available.size() + upToDate.size() + failed.size(), 1);
+    // The outcome carries who asked.
+    const QList<QVariant> args = !available.isEmpty()  ? available.first()
+                                 : !upToDate.isEmpty() ? upToDate.first()
+                                                       : failed.first();
+    QCOMPARE(args.last().toBool(), userInitiated);
+
+    UpdateWindow *window = UpdateWindow::instance();
+    const bool shown = window && window->isVisible();
+    QCOMPARE(shown, !heading.isEmpty());
+    if (shown) {
+        QCOMPARE(window->heading(), heading);
+        QVERIFY2(window->message().startsWith(message), qPrintable(window->message()));
+        if (!available.isEmpty()) {
+            QCOMPARE(window->links(),
+                     QStringLiteral("<a href=\"https://narv.app/release_note/0.2.0\">Release "
+                                    "Notes</a> &nbsp;·&nbsp; <a href=\"https://narv.app/download/"
+                                    "narv-0.2.0.tar.gz\">Download</a>"));
+        } else {
+            QCOMPARE(window->links(), QString());
+        }
+    }
+    // Failures always reach the log, shown or not.
+    if (!failed.isEmpty())
+        QVERIFY(
+            logText().mid(logBefore).contains(" warning app.narv.Narv : update check failed: "));
+    QVERIFY(c->lastCheck().isValid());
+}
+
+void TestUpdate::systemProfileInTheQuery()
+{
+    FeedServer server;
+    server.body = appcast(item("0.1.0", "1"));
+    const auto c = checker(server.feed());
+    c->checkInBackground();
+    QTRY_VERIFY_WITH_TIMEOUT(!c->isChecking(), 20000);
+    QCOMPARE(server.targets.size(), 1);
+    const QUrl target(server.targets.first());
+    QCOMPARE(target.path(), QStringLiteral("/appcast.xml"));
+    const QUrlQuery query(target);
+    QCOMPARE(query.queryItemValue(QStringLiteral("appName")), QStringLiteral("Narv"));
+    QCOMPARE(query.queryItemValue(QStringLiteral("appVersion")), AppInfo::version());
+    QCOMPARE(query.queryItemValue(QStringLiteral("model")), AppInfo::model());
+    QCOMPARE(query.queryItemValue(QStringLiteral("osVersion")), AppInfo::osVersion());
+    QVERIFY(!AppInfo::model().isEmpty());
+}
+
+void TestUpdate::restartDoesNotCheckAtOnce()
+{
+    FeedServer server;
+    server.body = appcast(item("0.1.0", "1"));
+    {
+        // Never checked: the first check waits a few minutes.
+        const auto first = checker(server.feed());
+        first->start();
+        QVERIFY(first->isScheduled());
+        // A very coarse timer: whole seconds, rounded either way.
+        QVERIFY2(qAbs(first->scheduledInMs() - 300 * 1000) <= 2000,
+                 qPrintable(QString::number(first->scheduledInMs())));
+        first->checkForUpdates();
+        QTRY_VERIFY_WITH_TIMEOUT(!first->isChecking(), 20000);
+    }
+    // Started again: the check just made counts, the next is 12 hours away.
+    const auto second = checker(server.feed());
+    second->start();
+    QVERIFY2(second->scheduledInMs() > (43200 - 60) * 1000,
+             qPrintable(QString::number(second->scheduledInMs())));
+    QCOMPARE(server.targets.size(), 1);
+
+    // Switched off: nothing is armed and a due check does nothing; on again re-arms.
+    pref()->setAutoCheckUpdate(false);
+    QVERIFY(!second->isScheduled());
+    second->checkInBackground();
+    QVERIFY(!second->isChecking());
+    pref()->setAutoCheckUpdate(true);
+    QVERIFY(second->isScheduled());
+    QCOMPARE(server.targets.size(), 1);
+}
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    TestUpdate test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_update.moc"
