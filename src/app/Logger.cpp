@@ -117,6 +117,17 @@ void routeQtMessage(QtMsgType type, const QMessageLogContext &context, const QSt
 
 QString logDateText(const QDateTime &when, const QString &localeName)
 {
+    // A week-based year begins between 26 December and 7 January, whatever
+    // the locale's week rules, so from 7 January to 25 December it is the
+    // calendar year. ICU is only asked about the days in between: the date
+    // format and the locale data it loads for them stay resident, several
+    // megabytes in a process that otherwise needs no ICU of its own.
+    const QDate day = when.toLocalTime().date();
+    const bool weekYearIsCalendarYear = (day.month() > 1 || day.day() >= 7) &&
+                                        (day.month() < 12 || day.day() <= 25);
+    if (weekYearIsCalendarYear && day.year() >= 1600 && day.year() <= 9999)
+        return day.toString(QStringLiteral("yyyyMMdd"));
+
     UErrorCode status = U_ZERO_ERROR;
     icu::SimpleDateFormat format(icu::UnicodeString(u"YYYYMMdd"), dateLocale(localeName), status);
     if (U_SUCCESS(status) && when.isValid()) {

@@ -10,8 +10,8 @@
 #include "platform/login/LoginItemBackend.h"
 #include "platform/mail/MailComposers.h"
 #include "platform/tray/TrayBackend.h"
+#include "platform/views/ViewsModule.h"
 #include "platform/update/UpdateCheck.h"
-#include "windows/QmlWindowBackend.h"
 #include "windows/WindowController.h"
 
 #include <QApplication>
@@ -86,7 +86,8 @@ int QuilloApp::main(int argc, char **argv)
 
     // The desktop parts plug into the core here, before start-up runs.
     // [windows]
-    WindowController::setBackend(std::make_unique<QmlWindowBackend>());
+    // Loads the windows (and Qt Quick) when the first one is wanted.
+    WindowController::setBackend(ViewsModule::windowBackend());
     // [statusbar]
     loadTranslations();
     TrayBackend::install();

@@ -51,7 +51,7 @@ QList<int> PrefWaterState::modeValues(Mode mode)
 {
     if (mode == Mode::timing)
         return {9, 10, 11, 12, 13, 14, 15, 16, 17, 18}; // hours of the day
-    return {15, 30, 45, 60, 90, 120};                  // minutes
+    return {15, 30, 45, 60, 90, 120};                   // minutes
 }
 
 QList<PrefWaterState::Mode> PrefWaterState::allModes()
@@ -88,6 +88,9 @@ void PrefWaterState::onStoreChanged(const QString &changedKey)
         return;
     std::invoke(it.value(), this);
     Q_EMIT changed();
+    // An edit of the file by another program changes the tally too.
+    if (changedKey == key(finishedKey))
+        StatusBarController::updateWaterItem();
 }
 
 QDateTime PrefWaterState::storedDate(const char *k, const QDateTime &fallback) const
@@ -131,7 +134,8 @@ void PrefWaterState::setModeRaw(int raw)
 {
     const auto mode = modeFromRawValue(raw);
     if (!mode) {
-        LOG_WARNING(QStringLiteral("there is no water reminder mode %1; keeping the current one").arg(raw));
+        LOG_WARNING(
+            QStringLiteral("there is no water reminder mode %1; keeping the current one").arg(raw));
         return;
     }
     setMode(*mode);
@@ -227,7 +231,15 @@ bool PrefWaterState::inWorkTime() const
 
 bool PrefWaterState::isNewDay() const
 {
-    const auto last = QDateTime::fromMSecsSinceEpoch(qint64(lastClickTimestamp() * 1000.0));
+    const double ms = lastClickTimestamp() * 1000.0;
+    // A hand-edited "nan" or 1e300 is no moment of today: a new day, which
+    // the callers answer by storing the present moment.
+    if (!(ms >= -0x1p62 && ms <= 0x1p62)) {
+        LOG_WARNING(QStringLiteral("%1 is not a moment in time; counting today as a new day")
+                        .arg(QString::fromLatin1(lastClickTimestampKey)));
+        return true;
+    }
+    const auto last = QDateTime::fromMSecsSinceEpoch(qint64(ms));
     return last.date() != Clock::now().toLocalTime().date();
 }
 
@@ -242,7 +254,8 @@ void PrefWaterState::schedule()
     updateClickTimestamp();
     qint64 delay = 0; // seconds
     if (__builtin_mul_overflow(selectedInterval(), qint64(60), &delay))
-        qFatal("Fatal error: Arithmetic overflow converting pref.water.selectedInterval to seconds");
+        qFatal(
+            "Fatal error: Arithmetic overflow converting pref.water.selectedInterval to seconds");
     if (m_workItem)
         m_workItem->deleteLater();
     m_workItem = new DelayedTask([] { WindowController::showWaterView(); }, this);

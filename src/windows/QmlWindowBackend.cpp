@@ -2,7 +2,9 @@
 
 #include "app/Localized.h"
 #include "app/Log.h"
+#include "platform/compositor/Compositor.h"
 #include "platform/windowhints/WindowHints.h"
+#include "water/WaterPanel.h"
 
 #include <QGuiApplication>
 #include <QPalette>
@@ -11,11 +13,16 @@
 #include <QQuickView>
 #include <QSGRendererInterface>
 #include <QScreen>
+#include <QSurfaceFormat>
 
 // Generated with the Narv.Windows module. The library is static, so nothing
 // would pull the module's type registration into the program without this
 // reference.
 void qml_register_types_Narv_Windows();
+// The same for the water panel's module, Narv.Water.
+void qml_register_types_Narv_Water();
+// And for the settings window's, Narv.Preferences.
+void qml_register_types_Narv_Preferences();
 
 namespace {
 
@@ -69,6 +76,8 @@ void QmlWindowBackend::releaseWindows()
 {
     qDeleteAll(breakWindows());
     delete m_about;
+    delete m_water;
+    delete m_preferences;
     m_engine.reset();
 }
 
@@ -96,6 +105,10 @@ std::unique_ptr<QQmlEngine> QmlWindowBackend::makeEngine()
 {
     volatile auto keepRegistration = &qml_register_types_Narv_Windows;
     Q_UNUSED(keepRegistration);
+    volatile auto keepWaterRegistration = &qml_register_types_Narv_Water;
+    Q_UNUSED(keepWaterRegistration);
+    volatile auto keepPreferencesRegistration = &qml_register_types_Narv_Preferences;
+    Q_UNUSED(keepPreferencesRegistration);
     // Qt Quick's software renderer: a break screen is text on a plain
     // background, and loading the OpenGL stack would multiply what the program
     // keeps resident for the rest of its life (see bench/results.md). Qt's own
@@ -252,17 +265,120 @@ void QmlWindowBackend::showAbout()
     m_about->requestActivate();
 }
 
+QQuickView *QmlWindowBackend::preferencesWindow()
+{
+    if (m_preferences)
+        return m_preferences;
+    m_preferences = new QQuickView(ensureEngine(), nullptr);
+    m_preferences->setTitle(NARV_TR("Settings"));
+    m_preferences->setFlags(Qt::Window);
+    m_preferences->setColor(QGuiApplication::palette().color(QPalette::Window));
+    m_preferences->setResizeMode(QQuickView::SizeRootObjectToView);
+    m_preferences->setSource(QUrl(QStringLiteral("qrc:/Narv/Preferences/PreferencesView.qml")));
+    for (const QQmlError &error : m_preferences->errors())
+        LOG_ERROR(QStringLiteral("PreferencesView.qml: %1").arg(error.toString()));
+
+    m_preferences->setMinimumSize(QSize(480, 400));
+    QSize size = m_preferences->initialSize().expandedTo(QSize(480, 400));
+    if (QScreen *screen = QGuiApplication::primaryScreen()) {
+        const QRect area = screen->availableGeometry();
+        size = size.boundedTo(area.size()).expandedTo(QSize(480, 400));
+        m_preferences->setScreen(screen);
+        m_preferences->setPosition(area.center() - QPoint(size.width() / 2, size.height() / 2));
+    }
+    m_preferences->resize(size);
+    LOG_INFO(QStringLiteral("create preferences window"));
+    return m_preferences;
+}
+
 void QmlWindowBackend::showPrefView()
 {
-    LOG_INFO(QStringLiteral("show preferences: the preferences window is not built yet"));
+    LOG_INFO(QStringLiteral("show preferences"));
+    // Made once; afterwards it is only shown again (or raised) where the user
+    // left it.
+    QQuickView *window = preferencesWindow();
+    window->show();
+    window->raise();
+    window->requestActivate();
+}
+
+QQuickView *QmlWindowBackend::waterWindow()
+{
+    if (m_water)
+        return m_water;
+    // See-through only where a compositor shows what lies behind: elsewhere
+    // the transparent parts of the window would come out black.
+    const bool translucent = Compositor::isRunning();
+    m_water = new QQuickView(ensureEngine(), nullptr);
+    m_water->setTitle(NARV_TR("Water Reminder"));
+    // No title bar: the panel is moved by its background and closed by its
+    // buttons. It floats above ordinary windows.
+    m_water->setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    if (translucent) {
+        QSurfaceFormat format = m_water->format();
+        format.setAlphaBufferSize(8);
+        m_water->setFormat(format);
+        m_water->setColor(Qt::transparent);
+    } else {
+        m_water->setColor(QGuiApplication::palette().color(QPalette::Window));
+    }
+    m_water->setResizeMode(QQuickView::SizeRootObjectToView);
+    m_water->setInitialProperties({{QStringLiteral("translucent"), translucent}});
+    m_water->setSource(QUrl(QStringLiteral("qrc:/Narv/Water/WaterView.qml")));
+    for (const QQmlError &error : m_water->errors())
+        LOG_ERROR(QStringLiteral("WaterView.qml: %1").arg(error.toString()));
+
+    const QSize size = WaterPanel::size();
+    m_water->setMinimumSize(size);
+    m_water->setMaximumSize(size);
+    m_water->resize(size);
+    if (QScreen *screen = QGuiApplication::primaryScreen()) {
+        // The top-right corner of the primary screen, below a top panel.
+        const QRect area = screen->availableGeometry();
+        m_water->setScreen(screen);
+        m_water->setPosition(area.x() + area.width() - size.width(), area.y());
+    }
+    LOG_INFO(QStringLiteral("create water window"));
+    return m_water;
+}
+
+void QmlWindowBackend::showFloating(QWindow *window)
+{
+    m_hints->setOnAllDesktops(window);
+    if (!m_hints->canFade()) {
+        window->show();
+        window->raise();
+        return;
+    }
+    QPropertyAnimation *fade = fadeOf(window);
+    // Shown again while fading out: the fade's end must not hide it.
+    fade->stop();
+    QObject::disconnect(fade, &QAbstractAnimation::finished, nullptr, nullptr);
+    if (!window->isVisible())
+        window->setOpacity(0.0);
+    window->show();
+    window->raise();
+    fade->setStartValue(window->opacity());
+    fade->setEndValue(1.0);
+    fade->start();
 }
 
 void QmlWindowBackend::showWaterView()
 {
-    LOG_INFO(QStringLiteral("show water view: the water panel is not built yet"));
+    QQuickView *window = waterWindow();
+    showFloating(window);
+    window->requestActivate();
 }
 
 void QmlWindowBackend::closeWaterView()
 {
-    LOG_INFO(QStringLiteral("close water view: the water panel is not built yet"));
+    if (m_water)
+        close(m_water);
+}
+
+bool QmlWindowBackend::isWaterViewVisible() const
+{
+    // A panel on its way out counts as gone: the menu's water item then
+    // brings it back instead of closing it a second time.
+    return m_water && m_water->isVisible() && !isFadingOut(m_water);
 }

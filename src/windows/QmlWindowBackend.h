@@ -32,6 +32,7 @@ public:
     void showPrefView() override;
     void showWaterView() override;
     void closeWaterView() override;
+    bool isWaterViewVisible() const override;
 
     // The break window of a screen: the one titled with the screen's name, or a
     // new one when there is none yet.
@@ -39,6 +40,13 @@ public:
     // Every break window made so far, also those whose screen has gone.
     QList<QQuickView *> breakWindows() const;
     QQuickView *aboutWindow() const;
+    // The water panel's window: made on first use at the top-right corner of
+    // the primary screen, then kept, hidden between reminders, where the user
+    // last put it.
+    QQuickView *waterWindow();
+    // The settings window ("Settings"): made on first use in the middle of the
+    // primary screen, then kept; closing it only hides it.
+    QQuickView *preferencesWindow();
     // Null until the first window is made.
     QQmlEngine *engine() const;
 
@@ -57,8 +65,11 @@ private:
     void show(QWindow *window);
     void close(QWindow *window);
     void releaseWindows();
+    void showFloating(QWindow *window);
 
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<WindowHints> m_hints;
     QPointer<QQuickView> m_about;
+    QPointer<QQuickView> m_water;
+    QPointer<QQuickView> m_preferences;
 };

@@ -7,8 +7,8 @@
 #include "app/DelayedTask.h"
 #include "app/Log.h"
 #include "settings/DateText.h"
-#include "settings/PreferencesStore.h"
 #include "settings/PrefWaterState.h"
+#include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
 #include "windows/WindowController.h"
 
@@ -26,8 +26,13 @@ public:
     void closeBreak() override {}
     void showAbout() override {}
     void showPrefView() override {}
-    void showWaterView() override { ++waterShown; }
+    void showWaterView() override
+    {
+        ++waterShown;
+        finishedWhenShown = AppState::waterState()->finished();
+    }
     int waterShown = 0;
+    qint64 finishedWhenShown = -1; // ml
 };
 
 QString waterItemTitle()
@@ -56,6 +61,9 @@ private Q_SLOTS:
         m_windows = windows.get();
         WindowController::setBackend(std::move(windows));
         Clock::setNowSource([this] { return m_now; });
+        // The armed job keeps its deadline on the monotonic clock; both clocks
+        // are stepped together, from 10:00 on the test's day.
+        Clock::setMonotonicSource([this] { return at(10, 0).msecsTo(m_now); });
     }
 
     void init()
@@ -64,6 +72,16 @@ private Q_SLOTS:
         m_now = at(10, 0);
         m_water.emplace(PreferencesStore::instance());
         m_windows->waterShown = 0;
+        m_windows->finishedWhenShown = -1;
+    }
+
+    // Moves both clocks to `moment` and lets the armed job see whether it is due,
+    // as its timer does when it goes off.
+    void stepTo(const QDateTime &moment)
+    {
+        m_now = moment;
+        if (DelayedTask *job = m_water->workItem())
+            job->checkDeadline();
     }
 
     void cleanup() { m_water.reset(); }
@@ -82,7 +100,8 @@ private Q_SLOTS:
         QCOMPARE(w.lastClickTimestamp(), 0.0);
         QVERIFY(w.isNewDay());
         QCOMPARE(w.remain(), 1500);
-        QCOMPARE(PrefWaterState::allModes(), QList<PrefWaterState::Mode>{PrefWaterState::Mode::interval});
+        QCOMPARE(PrefWaterState::allModes(),
+                 QList<PrefWaterState::Mode>{PrefWaterState::Mode::interval});
         QVERIFY(!PrefWaterState::modeFromRawValue(2));
     }
 
@@ -120,42 +139,131 @@ private Q_SLOTS:
     {
         m_water->schedule();
         QPointer<DelayedTask> first = m_water->workItem();
-        m_now = at(10, 5);
+        QVERIFY(first);
+        stepTo(at(10, 5));
         m_water->schedule();
         QVERIFY(first.isNull() || first->isCancelled());
         QVERIFY(m_water->workItem()->isPending());
         QCOMPARE(m_water->workItemDue(), at(10, 20));
         QCOMPARE(m_water->lastClickTimestamp(), at(10, 5).toMSecsSinceEpoch() / 1000.0);
+
+        // The first job's deadline passes without a panel, even when its timer
+        // goes off.
+        stepTo(at(10, 15));
         if (first)
-            first->fireNow();
+            first->checkDeadline();
         QCOMPARE(m_windows->waterShown, 0);
-        m_water->workItem()->fireNow();
+        stepTo(at(10, 19, 59, 999));
+        QCOMPARE(m_windows->waterShown, 0);
+        stepTo(at(10, 20));
         QCOMPARE(m_windows->waterShown, 1);
+        // The job does not arm itself again.
+        QVERIFY(!m_water->workItem()->isPending());
+        stepTo(at(10, 40));
+        QCOMPARE(m_windows->waterShown, 1);
+    }
+
+    void scheduleOutsideHoursOnlyLogs_data()
+    {
+        QTest::addColumn<QTime>("start");
+        QTest::addColumn<QTime>("end");
+        QTest::addColumn<QDateTime>("now");
+        QTest::newRow("after the end") << QTime(7, 0) << QTime(20, 0) << at(21, 0);
+        QTest::newRow("equal hours") << QTime(12, 0) << QTime(12, 0) << at(12, 0, 0, 1);
+        QTest::newRow("over midnight") << QTime(22, 0) << QTime(6, 0) << at(23, 0);
     }
 
     void scheduleOutsideHoursOnlyLogs()
     {
-        m_water->setLastClickTimestamp(123.0);
-        m_now = at(21, 0);
+        QFETCH(QTime, start);
+        QFETCH(QTime, end);
+        QFETCH(QDateTime, now);
+        m_water->setIntervalStartDate(QDateTime(now.date(), start));
+        m_water->setIntervalEndDate(QDateTime(now.date(), end));
+        // A job armed earlier goes as well.
         m_water->schedule();
-        QVERIFY(!m_water->workItem());
-        QCOMPARE(m_water->lastClickTimestamp(), 123.0);
+        QPointer<DelayedTask> earlier = m_water->workItem();
+        m_water->setLastClickTimestamp(123.0);
         QFile log(Logger::logfilePath());
+        const qint64 logged = log.size(); // 0 before the first line of the run
+
+        m_now = now;
+        m_water->schedule();
         QVERIFY(log.open(QIODevice::ReadOnly));
-        QVERIFY(log.readAll().contains(" info app.narv.Narv : Not in work time\n"));
+        log.seek(logged);
+        QVERIFY(!m_water->workItem() || !m_water->workItem()->isPending());
+        QVERIFY(!earlier || earlier->isCancelled());
+        QCOMPARE(m_water->lastClickTimestamp(), 123.0);
+        const QByteArray written = log.readAll();
+        QCOMPARE(written.count(" info app.narv.Narv : Not in work time\n"), 1);
+        stepTo(now.addDays(1));
+        QCOMPARE(m_windows->waterShown, 0);
     }
 
     void aJobArmedBeforeTheEndStillOpensThePanel()
     {
         m_now = at(19, 50);
-        m_water->setMode(PrefWaterState::Mode::timing); // the delay ignores the mode
         m_water->schedule();
         QCOMPARE(m_water->workItemDue(), at(20, 5));
-        m_now = at(20, 5);
+        stepTo(at(20, 4, 59, 999));
+        QCOMPARE(m_windows->waterShown, 0);
+        stepTo(at(20, 5));
         QVERIFY(!m_water->inWorkTime());
-        m_water->workItem()->fireNow();
         QCOMPARE(m_windows->waterShown, 1);
-        m_water->cancel();
+    }
+
+    void theModeDoesNotChangeTheDelay_data()
+    {
+        QTest::addColumn<int>("storedMode");
+        QTest::newRow("interval") << 0;
+        QTest::newRow("timing") << 1;
+        QTest::newRow("unknown, read as interval") << 7;
+    }
+
+    void theModeDoesNotChangeTheDelay()
+    {
+        QFETCH(int, storedMode);
+        PreferencesStore::instance().setInt(QString::fromLatin1(PrefWaterState::modeKey),
+                                            storedMode);
+        m_water->setSelectedInterval(45);
+        m_water->schedule();
+        QCOMPARE(m_water->workItemDue(), at(10, 45));
+        stepTo(at(10, 44, 59));
+        QCOMPARE(m_windows->waterShown, 0);
+        stepTo(at(10, 45));
+        QCOMPARE(m_windows->waterShown, 1);
+    }
+
+    // The callers that start a new day: the launch and the panel itself.
+    void callersResetOnANewDay()
+    {
+        const double yesterday = at(18, 0).addDays(-1).toMSecsSinceEpoch() / 1000.0;
+        m_water->setLastClickTimestamp(yesterday);
+        m_water->setFinished(900);
+
+        // Switched off, the launch leaves everything alone.
+        WindowController::setup();
+        QCOMPARE(m_water->finished(), 900);
+        QVERIFY(!AppState::waterState()->workItem());
+
+        m_water->setEnable(true);
+        WindowController::setup();
+        QCOMPARE(m_water->finished(), 0);
+        QVERIFY(!m_water->isNewDay());
+        QVERIFY(AppState::waterState()->workItem()->isPending());
+        QCOMPARE(AppState::waterState()->workItemDue(), at(10, 15));
+        AppState::waterState()->cancel();
+
+        // The panel on a new day shows the day's tally from 0.
+        m_water->setLastClickTimestamp(yesterday);
+        m_water->setFinished(900);
+        WindowController::showWaterView();
+        QCOMPARE(m_windows->waterShown, 1);
+        QCOMPARE(m_windows->finishedWhenShown, 0);
+        // The same day: the tally stays.
+        m_water->setFinished(300);
+        WindowController::showWaterView();
+        QCOMPARE(m_windows->finishedWhenShown, 300);
     }
 
     void dailyReset()
@@ -207,6 +315,30 @@ private Q_SLOTS:
         PreferencesStore::instance().setString(QString::fromLatin1(PrefWaterState::intervalEndKey),
                                                QStringLiteral("garbage"));
         QCOMPARE(m_water->intervalEndDate().toMSecsSinceEpoch(), 0);
+    }
+
+    void unreadableTimestampsStartANewDay_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<double>("read");
+        QTest::newRow("text") << QStringLiteral("yesterday") << 0.0;
+        QTest::newRow("not a number") << QStringLiteral("nan") << double(NAN);
+        QTest::newRow("far future") << QStringLiteral("1e300") << 1e300;
+    }
+
+    void unreadableTimestampsStartANewDay()
+    {
+        QFETCH(QString, stored);
+        QFETCH(double, read);
+        PreferencesStore::instance().setString(
+            QString::fromLatin1(PrefWaterState::lastClickTimestampKey), stored);
+        m_water->setFinished(400);
+        if (std::isnan(read))
+            QVERIFY(std::isnan(m_water->lastClickTimestamp()));
+        else
+            QCOMPARE(m_water->lastClickTimestamp(), read);
+        QVERIFY(m_water->isNewDay());
+        QCOMPARE(m_water->finished(), 400);
     }
 
 private:

@@ -2,7 +2,6 @@
 
 #include "DBusMenuExporter.h"
 #include "app/AppInfo.h"
-#include "app/IconFont.h"
 #include "app/Log.h"
 #include "statusnotifieritemadaptor.h"
 
@@ -13,10 +12,38 @@
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QIcon>
+#include <QPainter>
+#include <QSvgRenderer>
+
+// emblem.qrc sits in a static library: naming its initializer pulls it into
+// the program. Q_INIT_RESOURCE has to be used outside any namespace.
+static void initEmblemResource()
+{
+    Q_INIT_RESOURCE(emblem);
+}
 
 namespace {
 // A mid blue: panels draw the pixmap as it is, on light and dark backgrounds alike.
 const QColor emblemColor(0x3d, 0x9b, 0xd6);
+
+// The icon font's glyph "narv", drawn from the SVG the font is built from:
+// the same shape (its viewBox is the font's em square) without QFontDatabase
+// and fontconfig, which would stay resident for the rest of the process only
+// for these few pixmaps.
+QImage emblem(int size)
+{
+    static const bool initialized = (initEmblemResource(), true);
+    Q_UNUSED(initialized);
+    QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QSvgRenderer svg(QStringLiteral(":/narv/tray/narv.svg"));
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    svg.render(&painter);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(image.rect(), emblemColor);
+    return image;
+}
 } // namespace
 
 StatusNotifierItem::StatusNotifierItem(const QDBusConnection &connection, QObject *parent)
@@ -26,8 +53,7 @@ StatusNotifierItem::StatusNotifierItem(const QDBusConnection &connection, QObjec
     // Panels poll the item often (some on every tooltip change, once a second
     // here): a few sizes keep that cheap; panels scale the nearest one.
     for (int size : {16, 22, 32, 48})
-        m_pixmaps.append(
-            DBusImage::fromImage(IconFont::loadIcon(IconFont::narv, size, emblemColor)));
+        m_pixmaps.append(DBusImage::fromImage(emblem(size)));
     // Once our icon is installed into the icon theme, panels can draw it at
     // any size themselves; until then they have the pixmaps.
     if (QIcon::hasThemeIcon(AppInfo::identifier()))

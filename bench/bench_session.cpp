@@ -1,0 +1,961 @@
+// Narv and the programs a user would pick instead of it, measured side by side
+// on one X server and one session bus (bench/run starts both, and a stand-in
+// system bus). For each run it starts the peers and the real build/narv, each
+// in a scratch home, and walks Narv through a day in miniature:
+//
+//   start            how long until the status item registers with the
+//                    StatusNotifierWatcher this program plays
+//   +15 s            resident memory (RSS, PSS) of everyone, no window open yet
+//   +15..45 s        CPU of everyone while xdotool moves the mouse without pause
+//   +60 s            the first break: its accuracy (from the countdown's start to
+//                    its end, read from Narv's log lines on standard output) and
+//                    the time from the countdown's end to every break window
+//                    mapped (X events)
+//   then             the water panel from the status menu (a dbusmenu click),
+//                    opened and closed, and Narv's memory after both
+//   60 s             CPU and wake-ups (voluntary context switches) of everyone
+//   30 s             the same for Narv while paused from the menu
+//   then             a few more breaks with no work period between them, for
+//                    the time later breaks take to reach the screen
+//
+// It prints "sample <who> <what> <value>" for every measurement and, at the
+// end, "median <who> <what> <median> <min> <max> <count>"; bench/run turns
+// those into bench/results.md. Progress goes to standard error.
+//
+//   bench_session --narv PATH --monitors left,right [--runs N] [--startups N]
+//                 [--later N] [--peers workrave,safeeyes] [--quick]
+//                 [--phases SETTLE,MOTION,COUNTING,PAUSED] [--work-minutes N]
+
+#include "statusbar/FakeStatusNotifierWatcher.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QHash>
+#include <QMap>
+#include <QProcess>
+#include <QSettings>
+#include <QSocketNotifier>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <unistd.h>
+
+namespace {
+
+QElapsedTimer g_clock;
+
+// Milliseconds on one monotonic clock for everything this program sees.
+double nowMs()
+{
+    return double(g_clock.nsecsElapsed()) / 1e6;
+}
+
+void progress(const QString &text)
+{
+    std::fprintf(stderr, "bench: %s\n", qPrintable(text));
+    std::fflush(stderr);
+}
+
+// Runs the event loop until the predicate holds or the time is up; what the
+// predicate waits for is time-stamped where it arrives, not here.
+bool waitFor(const std::function<bool()> &done, double timeoutMs)
+{
+    const double deadline = nowMs() + timeoutMs;
+    while (!done()) {
+        const double left = deadline - nowMs();
+        if (left <= 0)
+            return false;
+        QEventLoop loop;
+        QTimer::singleShot(int(std::min(left, 50.0)) + 1, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return true;
+}
+
+void sleepMs(double ms)
+{
+    waitFor([] { return false; }, ms);
+}
+
+// --- /proc
+
+QByteArray readProc(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A "Name:   value kB" field of /proc/<pid>/status or smaps_rollup.
+qint64 procField(const QByteArray &text, const QByteArray &name)
+{
+    for (const QByteArray &line : text.split('\n')) {
+        if (line.startsWith(name + ':'))
+            return line.mid(name.size() + 1).trimmed().split(' ').first().toLongLong();
+    }
+    return -1;
+}
+
+struct Memory {
+    qint64 rssKiB = -1;
+    qint64 pssKiB = -1;
+};
+
+Memory memoryOf(qint64 pid)
+{
+    return {procField(readProc(QStringLiteral("/proc/%1/status").arg(pid)), "VmRSS"),
+            procField(readProc(QStringLiteral("/proc/%1/smaps_rollup").arg(pid)), "Pss")};
+}
+
+// What a process has used so far. Time on the CPU comes from the scheduler's
+// nanosecond counters of the live threads (schedstat); the tick counters of
+// /proc/<pid>/stat (10 ms steps) also hold threads that have ended, and the
+// children the process waited for.
+struct Usage {
+    double cpuNs = 0;       // live threads, schedstat
+    double statNs = 0;      // utime + stime, all threads
+    double childrenNs = 0;  // cutime + cstime
+    QHash<qint64, qint64> voluntarySwitches; // per thread
+};
+
+Usage usageOf(qint64 pid)
+{
+    Usage usage;
+    static const double tickNs = 1e9 / double(sysconf(_SC_CLK_TCK));
+    const QByteArray stat = readProc(QStringLiteral("/proc/%1/stat").arg(pid));
+    // The command name (field 2) may hold spaces; count fields after its ')'.
+    const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
+    if (fields.size() > 15) {
+        usage.statNs = (fields.at(11).toDouble() + fields.at(12).toDouble()) * tickNs;
+        usage.childrenNs = (fields.at(13).toDouble() + fields.at(14).toDouble()) * tickNs;
+    }
+    const QDir tasks(QStringLiteral("/proc/%1/task").arg(pid));
+    for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QByteArray sched = readProc(tasks.filePath(task) + QStringLiteral("/schedstat"));
+        usage.cpuNs += sched.split(' ').value(0).toDouble();
+        const QByteArray status = readProc(tasks.filePath(task) + QStringLiteral("/status"));
+        usage.voluntarySwitches.insert(task.toLongLong(),
+                                       procField(status, "voluntary_ctxt_switches"));
+    }
+    return usage;
+}
+
+struct Activity {
+    double cpuPercent = 0;  // of one core
+    double wakeupsPerSecond = 0;
+};
+
+Activity activityBetween(const Usage &a, const Usage &b, double wallMs)
+{
+    const double cpuNs = std::max(b.cpuNs - a.cpuNs, b.statNs - a.statNs) +
+                         (b.childrenNs - a.childrenNs);
+    qint64 switches = 0;
+    for (auto it = b.voluntarySwitches.cbegin(); it != b.voluntarySwitches.cend(); ++it)
+        switches += it.value() - a.voluntarySwitches.value(it.key(), 0);
+    return {100.0 * cpuNs / (wallMs * 1e6), switches * 1000.0 / wallMs};
+}
+
+// --- X: which windows get mapped, by whom, when
+
+class XWatch : public QObject {
+public:
+    struct Window {
+        qint64 pid = 0;
+        QString title;
+        bool mapped = false;
+        double mappedAt = 0; // ms
+        double unmappedAt = 0;
+    };
+
+    bool open()
+    {
+        int screenNumber = 0;
+        m_connection = xcb_connect(nullptr, &screenNumber);
+        if (xcb_connection_has_error(m_connection))
+            return false;
+        xcb_screen_iterator_t it = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
+        for (int i = 0; i < screenNumber; ++i)
+            xcb_screen_next(&it);
+        m_root = it.data->root;
+        m_pidAtom = atom("_NET_WM_PID");
+        m_nameAtom = atom("_NET_WM_NAME");
+        m_utf8Atom = atom("UTF8_STRING");
+        const uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(m_connection, m_root, XCB_CW_EVENT_MASK, &mask);
+        xcb_flush(m_connection);
+        m_notifier = new QSocketNotifier(xcb_get_file_descriptor(m_connection),
+                                         QSocketNotifier::Read, this);
+        connect(m_notifier, &QSocketNotifier::activated, this, [this] { read(false); });
+        return true;
+    }
+
+    ~XWatch() override
+    {
+        if (m_connection)
+            xcb_disconnect(m_connection);
+    }
+
+    const QHash<xcb_window_t, Window> &windows() const { return m_windows; }
+
+    // Windows of this process whose title is (or is not) one of these, on its
+    // own or followed by the application's name as Qt adds it ("left — Narv").
+    QList<Window> windowsOf(qint64 pid, const QStringList &titles, bool titled) const
+    {
+        QList<Window> found;
+        for (const Window &w : m_windows) {
+            const QString bare = w.title.section(QStringLiteral(" \u2014 "), 0, 0);
+            if (w.pid == pid && titles.contains(bare) == titled)
+                found.append(w);
+        }
+        return found;
+    }
+
+private:
+    xcb_atom_t atom(const char *name)
+    {
+        auto cookie = xcb_intern_atom(m_connection, 0, uint16_t(strlen(name)), name);
+        xcb_intern_atom_reply_t *reply = xcb_intern_atom_reply(m_connection, cookie, nullptr);
+        const xcb_atom_t a = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+        free(reply);
+        return a;
+    }
+
+    QByteArray property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type)
+    {
+        auto cookie = xcb_get_property(m_connection, 0, window, name, type, 0, 1024);
+        xcb_get_property_reply_t *reply = xcb_get_property_reply(m_connection, cookie, nullptr);
+        QByteArray value;
+        if (reply && xcb_get_property_value_length(reply) > 0)
+            value = QByteArray(static_cast<const char *>(xcb_get_property_value(reply)),
+                               xcb_get_property_value_length(reply));
+        free(reply);
+        return value;
+    }
+
+    // Reads what the socket holds, or only what xcb has queued already (after
+    // a reply, which may have brought events along).
+    void read(bool queuedOnly)
+    {
+        while (xcb_generic_event_t *event = queuedOnly ? xcb_poll_for_queued_event(m_connection)
+                                                       : xcb_poll_for_event(m_connection)) {
+            const double at = nowMs();
+            handle(event, at);
+            free(event);
+            queuedOnly = true;
+        }
+    }
+
+    void handle(xcb_generic_event_t *event, double at)
+    {
+        switch (event->response_type & 0x7f) {
+        case XCB_MAP_NOTIFY: {
+            const auto *map = reinterpret_cast<xcb_map_notify_event_t *>(event);
+            Window &w = m_windows[map->window];
+            w.mapped = true;
+            w.mappedAt = at;
+            if (w.pid == 0) {
+                // Asked once: the pid and title of our subjects' windows do not change.
+                const QByteArray pid = property(map->window, m_pidAtom, XCB_ATOM_CARDINAL);
+                if (pid.size() >= 4)
+                    w.pid = *reinterpret_cast<const quint32 *>(pid.constData());
+                QByteArray name = property(map->window, m_nameAtom, m_utf8Atom);
+                if (name.isEmpty())
+                    name = property(map->window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING);
+                w.title = QString::fromUtf8(name);
+            }
+            break;
+        }
+        case XCB_UNMAP_NOTIFY: {
+            const auto *unmap = reinterpret_cast<xcb_unmap_notify_event_t *>(event);
+            if (auto it = m_windows.find(unmap->window); it != m_windows.end()) {
+                it->mapped = false;
+                it->unmappedAt = at;
+            }
+            break;
+        }
+        case XCB_DESTROY_NOTIFY: {
+            const auto *destroy = reinterpret_cast<xcb_destroy_notify_event_t *>(event);
+            if (auto it = m_windows.find(destroy->window); it != m_windows.end() && it->mapped) {
+                it->mapped = false;
+                it->unmappedAt = at;
+            }
+            break;
+        }
+        default:
+            break;
+        }
+    }
+
+    xcb_connection_t *m_connection = nullptr;
+    xcb_window_t m_root = 0;
+    xcb_atom_t m_pidAtom = XCB_ATOM_NONE;
+    xcb_atom_t m_nameAtom = XCB_ATOM_NONE;
+    xcb_atom_t m_utf8Atom = XCB_ATOM_NONE;
+    QSocketNotifier *m_notifier = nullptr;
+    QHash<xcb_window_t, Window> m_windows;
+};
+
+// --- the programs measured
+
+struct Program {
+    QString id;      // "narv", "workrave", "safeeyes": the key in the output
+    QString command; // what is started
+    QStringList arguments;
+};
+
+// One program in a scratch home of its own. Standard output is read line by
+// line and time-stamped as it arrives (Narv writes its log there, flushed per
+// line); everything else goes to files in the home for a look afterwards.
+class Subject : public QObject {
+public:
+    Subject(const Program &program, const QProcessEnvironment &base) : m_program(program)
+    {
+        QDir home(m_home.path());
+        for (const char *dir : {".config", ".cache", ".local/share", ".local/state"})
+            home.mkpath(QString::fromLatin1(dir));
+        QProcessEnvironment env = base;
+        env.insert(QStringLiteral("HOME"), m_home.path());
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
+        env.insert(QStringLiteral("XDG_CACHE_HOME"), home.filePath(QStringLiteral(".cache")));
+        env.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral(".local/share")));
+        env.insert(QStringLiteral("XDG_STATE_HOME"), home.filePath(QStringLiteral(".local/state")));
+        m_process.setProcessEnvironment(env);
+        m_process.setWorkingDirectory(m_home.path());
+        m_process.setStandardErrorFile(home.filePath(QStringLiteral("stderr.txt")));
+        connect(&m_process, &QProcess::readyReadStandardOutput, this, [this] { readLines(); });
+    }
+
+    ~Subject() override { stop(); }
+
+    const QString &id() const { return m_program.id; }
+    QString home() const { return m_home.path(); }
+    qint64 pid() const { return m_process.processId(); }
+    bool running() const { return m_process.state() == QProcess::Running; }
+    double startedAt() const { return m_startedAt; }
+
+    void start()
+    {
+        m_startedAt = nowMs();
+        m_process.start(m_program.command, m_program.arguments);
+        m_process.waitForStarted(10000);
+    }
+
+    void stop()
+    {
+        if (m_process.state() == QProcess::NotRunning)
+            return;
+        m_process.terminate();
+        if (!waitFor([this] { return m_process.state() == QProcess::NotRunning; }, 10000)) {
+            m_process.kill();
+            m_process.waitForFinished(5000);
+        }
+    }
+
+    // When each line containing this text came, from `after` on.
+    QList<double> linesAt(const QString &text, double after = 0) const
+    {
+        QList<double> found;
+        for (const auto &[at, line] : m_lines) {
+            if (at >= after && line.contains(text))
+                found.append(at);
+        }
+        return found;
+    }
+
+    std::optional<double> lineAt(const QString &text, double after = 0) const
+    {
+        const QList<double> found = linesAt(text, after);
+        return found.isEmpty() ? std::nullopt : std::optional<double>(found.first());
+    }
+
+private:
+    void readLines()
+    {
+        const double at = nowMs();
+        m_partial += m_process.readAllStandardOutput();
+        int end = 0;
+        while ((end = m_partial.indexOf('\n')) >= 0) {
+            m_lines.append({at, QString::fromUtf8(m_partial.left(end))});
+            m_partial.remove(0, end + 1);
+        }
+    }
+
+    Program m_program;
+    QTemporaryDir m_home;
+    QProcess m_process;
+    double m_startedAt = 0;
+    QByteArray m_partial;
+    QList<std::pair<double, QString>> m_lines;
+};
+
+// --- D-Bus: the watcher we play, and clicks on Narv's menu
+
+QVariant plain(const QVariant &value);
+
+QVariant plain(const QDBusArgument &argument)
+{
+    switch (argument.currentType()) {
+    case QDBusArgument::StructureType: {
+        QVariantList fields;
+        argument.beginStructure();
+        while (!argument.atEnd())
+            fields.append(plain(argument.asVariant()));
+        argument.endStructure();
+        return fields;
+    }
+    case QDBusArgument::ArrayType: {
+        QVariantList elements;
+        argument.beginArray();
+        while (!argument.atEnd())
+            elements.append(plain(argument.asVariant()));
+        argument.endArray();
+        return elements;
+    }
+    case QDBusArgument::MapType: {
+        QVariantMap map;
+        argument.beginMap();
+        while (!argument.atEnd()) {
+            argument.beginMapEntry();
+            const QString key = plain(argument.asVariant()).toString();
+            map.insert(key, plain(argument.asVariant()));
+            argument.endMapEntry();
+        }
+        argument.endMap();
+        return map;
+    }
+    default:
+        return argument.asVariant();
+    }
+}
+
+QVariant plain(const QVariant &value)
+{
+    if (value.canConvert<QDBusArgument>())
+        return plain(value.value<QDBusArgument>());
+    if (value.canConvert<QDBusVariant>())
+        return plain(value.value<QDBusVariant>().variant());
+    return value;
+}
+
+// Clicks the item of Narv's menu that carries this tag (2 start/stop, 3 water),
+// the way a panel does: com.canonical.dbusmenu Event(id, "clicked", ...).
+bool clickMenuItem(qint64 pid, int tag)
+{
+    const QString service = QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(pid);
+    const QString interface = QStringLiteral("com.canonical.dbusmenu");
+    QList<int> ids;
+    for (int id = 1; id <= 40; ++id)
+        ids.append(id);
+    QDBusMessage ask = QDBusMessage::createMethodCall(service, QStringLiteral("/MenuBar"),
+                                                      interface,
+                                                      QStringLiteral("GetGroupProperties"));
+    ask << QVariant::fromValue(ids) << QStringList{QStringLiteral("x-narv-tag")};
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(ask, QDBus::Block, 5000);
+    if (reply.type() != QDBusMessage::ReplyMessage)
+        return false;
+    for (const QVariant &entry : plain(reply.arguments().value(0)).toList()) {
+        const QVariantList fields = entry.toList();
+        if (fields.value(1).toMap().value(QStringLiteral("x-narv-tag")).toInt() != tag)
+            continue;
+        QDBusMessage click =
+            QDBusMessage::createMethodCall(service, QStringLiteral("/MenuBar"), interface,
+                                           QStringLiteral("Event"));
+        click << fields.value(0).toInt() << QStringLiteral("clicked")
+              << QVariant::fromValue(QDBusVariant(0)) << 0u;
+        QDBusConnection::sessionBus().asyncCall(click);
+        return true;
+    }
+    return false;
+}
+
+// --- the session
+
+struct Options {
+    QString narv;
+    QStringList monitors;
+    QList<Program> peers;
+    int runs = 3;
+    int startups = 5;
+    int later = 5;
+    double settleMs = 15000;   // before the first memory reading
+    double motionMs = 30000;
+    double countingMs = 60000;
+    double pausedMs = 30000;
+    double peerHeadStartMs = 3000;
+    int workMinutes = 1;       // the first work period, whose accuracy is measured
+};
+
+class Session {
+public:
+    explicit Session(Options options) : m_options(std::move(options))
+    {
+        m_env = QProcessEnvironment::systemEnvironment();
+        m_env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+        m_env.remove(QStringLiteral("XDG_SESSION_TYPE"));
+        m_env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    }
+
+    bool setUp()
+    {
+        if (!m_x.open()) {
+            progress(QStringLiteral("cannot open the X display"));
+            return false;
+        }
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        m_watcher = std::make_unique<FakeStatusNotifierWatcher>(bus);
+        if (!m_watcher->start()) {
+            progress(QStringLiteral("cannot play the StatusNotifierWatcher on the session bus"));
+            return false;
+        }
+        QObject::connect(m_watcher.get(), &FakeStatusNotifierWatcher::StatusNotifierItemRegistered,
+                         m_watcher.get(), [this](const QString &) {
+                             const double at = nowMs();
+                             const QString sender = m_watcher->lastSender();
+                             const auto pid =
+                                 QDBusConnection::sessionBus().interface()->servicePid(sender);
+                             if (pid.isValid())
+                                 m_registeredAt.insert(pid.value(), at);
+                         });
+        return true;
+    }
+
+    void run()
+    {
+        startups();
+        for (int run = 1; run <= m_options.runs; ++run) {
+            progress(QStringLiteral("run %1 of %2").arg(run).arg(m_options.runs));
+            oneRun();
+        }
+        printMedians();
+    }
+
+private:
+    void sample(const QString &who, const QString &what, double value)
+    {
+        m_samples[who][what].append(value);
+        std::printf("sample %s %s %.3f\n", qPrintable(who), qPrintable(what), value);
+        std::fflush(stdout);
+    }
+
+    void info(const QString &key, const QString &text)
+    {
+        std::printf("info %s %s\n", qPrintable(key), qPrintable(text));
+        std::fflush(stdout);
+    }
+
+    Program narvProgram() const { return {QStringLiteral("narv"), m_options.narv, {}}; }
+
+    // The settings a run starts with: a short first work period, one-second
+    // breaks (no long ones), the water reminder on so its menu item is there,
+    // and no update check (the bench has no network).
+    void writeNarvSettings(const Subject &narv, int workMinutes)
+    {
+        QDir(narv.home()).mkpath(QStringLiteral(".config/narv"));
+        QSettings settings(narv.home() + QStringLiteral("/.config/narv/narv.conf"),
+                           QSettings::IniFormat);
+        settings.setValue(QStringLiteral("pref.work.time"), workMinutes);
+        settings.setValue(QStringLiteral("pref.break.time"), 1);
+        settings.setValue(QStringLiteral("pref.short.break.times"), 1000);
+        settings.setValue(QStringLiteral("auto_check_update"), false);
+        settings.setValue(QStringLiteral("pref.water.enable"), true);
+    }
+
+    // Another program editing the settings file, as a user may: Narv picks it
+    // up and uses the new length from its next work period on.
+    void setWorkMinutes(const Subject &narv, int minutes)
+    {
+        QSettings settings(narv.home() + QStringLiteral("/.config/narv/narv.conf"),
+                           QSettings::IniFormat);
+        settings.setValue(QStringLiteral("pref.work.time"), minutes);
+        settings.sync();
+    }
+
+    std::optional<double> registration(const Subject &subject, double timeoutMs)
+    {
+        waitFor([&] { return m_registeredAt.contains(subject.pid()) || !subject.running(); },
+                timeoutMs);
+        if (!m_registeredAt.contains(subject.pid()))
+            return std::nullopt;
+        return m_registeredAt.value(subject.pid()) - subject.startedAt();
+    }
+
+    // Narv started and stopped a few times, alone: start to status item registered.
+    void startups()
+    {
+        progress(QStringLiteral("start to status item registered, %1 starts").arg(m_options.startups));
+        for (int i = 0; i < m_options.startups; ++i) {
+            Subject narv(narvProgram(), m_env);
+            writeNarvSettings(narv, 25);
+            narv.start();
+            if (const auto ms = registration(narv, 10000))
+                sample(QStringLiteral("narv"), QStringLiteral("startup_ms"), *ms);
+            else
+                progress(QStringLiteral("narv did not register its status item"));
+            // The log is open and the first period counting: a quiet stop.
+            waitFor([&] { return narv.lineAt(QStringLiteral("sandbox home path")).has_value(); },
+                    5000);
+            narv.stop();
+            sleepMs(300);
+        }
+    }
+
+    // How long after the end of a countdown (its log line's arrival) every
+    // monitor had its break window mapped. The line and the X events come
+    // through different sockets, so a window can be seen a fraction of a
+    // millisecond before the line that announced it: anything mapped from
+    // shortly before the end on counts, and the time is at least zero.
+    std::optional<double> breakWindowsShown(const Subject &narv, double end, double timeoutMs)
+    {
+        std::optional<double> last;
+        waitFor(
+            [&] {
+                int shown = 0;
+                double latest = end;
+                for (const auto &w : m_x.windowsOf(narv.pid(), m_options.monitors, true)) {
+                    if (w.mappedAt >= end - 100) {
+                        ++shown;
+                        latest = std::max(latest, w.mappedAt);
+                    }
+                }
+                if (shown < m_options.monitors.size())
+                    return false;
+                last = latest - end;
+                return true;
+            },
+            timeoutMs);
+        if (!last)
+            dumpWindows(narv, end);
+        return last;
+    }
+
+    void dumpWindows(const Subject &narv, double end) const
+    {
+        progress(QStringLiteral("windows seen (ms from the countdown's end):"));
+        for (auto it = m_x.windows().cbegin(); it != m_x.windows().cend(); ++it) {
+            progress(QStringLiteral("  0x%1 pid %2 \"%3\" %4 at %5")
+                         .arg(it.key(), 0, 16)
+                         .arg(it->pid)
+                         .arg(it->title)
+                         .arg(it->mapped ? QStringLiteral("mapped") : QStringLiteral("unmapped"))
+                         .arg(it->mappedAt - end));
+        }
+        progress(QStringLiteral("narv is pid %1").arg(narv.pid()));
+    }
+
+    bool breakWindowsGone(const Subject &narv, double timeoutMs)
+    {
+        return waitFor(
+            [&] {
+                for (const auto &w : m_x.windowsOf(narv.pid(), m_options.monitors, true)) {
+                    if (w.mapped)
+                        return false;
+                }
+                return true;
+            },
+            timeoutMs);
+    }
+
+    // Moves the pointer without pause (a few hundred moves a second, there and
+    // back) for the given time, one xdotool process after another.
+    void moveMouse(double ms)
+    {
+        QStringList chain;
+        for (int i = 0; i < 100; ++i) {
+            chain << QStringLiteral("mousemove_relative") << QStringLiteral("1")
+                  << QStringLiteral("0") << QStringLiteral("sleep") << QStringLiteral("0.001")
+                  << QStringLiteral("mousemove_relative") << QStringLiteral("--")
+                  << QStringLiteral("-1") << QStringLiteral("0") << QStringLiteral("sleep")
+                  << QStringLiteral("0.001");
+        }
+        const double end = nowMs() + ms;
+        qint64 moves = 0;
+        QProcess xdotool;
+        while (nowMs() < end) {
+            xdotool.start(QStringLiteral("xdotool"), chain);
+            waitFor([&] { return xdotool.state() == QProcess::NotRunning; }, 30000);
+            moves += 200;
+        }
+        info(QStringLiteral("motion.moves_per_second"),
+             QString::number(qRound(double(moves) * 1000 / ms)));
+    }
+
+    void measureActivity(const QList<Subject *> &subjects, const QString &what, double ms,
+                         const std::function<void()> &during = {})
+    {
+        QHash<Subject *, Usage> before;
+        for (Subject *s : subjects)
+            before.insert(s, usageOf(s->pid()));
+        const double start = nowMs();
+        if (during)
+            during();
+        sleepMs(start + ms - nowMs());
+        const double wall = nowMs() - start;
+        for (Subject *s : subjects) {
+            if (!s->running()) {
+                progress(s->id() + QStringLiteral(" is no longer running"));
+                continue;
+            }
+            const Activity a = activityBetween(before.value(s), usageOf(s->pid()), wall);
+            sample(s->id(), what + QStringLiteral("_cpu_percent"), a.cpuPercent);
+            sample(s->id(), what + QStringLiteral("_wakeups_per_s"), a.wakeupsPerSecond);
+        }
+    }
+
+    void oneRun()
+    {
+        std::vector<std::unique_ptr<Subject>> peers;
+        for (const Program &program : m_options.peers) {
+            peers.push_back(std::make_unique<Subject>(program, m_env));
+            peers.back()->start();
+        }
+        sleepMs(peers.empty() ? 0 : m_options.peerHeadStartMs);
+
+        auto narvOwned = std::make_unique<Subject>(narvProgram(), m_env);
+        Subject &narv = *narvOwned;
+        writeNarvSettings(narv, m_options.workMinutes);
+        narv.start();
+        QList<Subject *> everyone{&narv};
+        for (auto &p : peers)
+            everyone.append(p.get());
+
+        if (const auto ms = registration(narv, 10000))
+            sample(QStringLiteral("narv"), QStringLiteral("startup_ms"), *ms);
+        // The period after the first break is longer, to measure the counting
+        // in; the one running now keeps its length.
+        setWorkMinutes(narv, 3);
+        for (auto &p : peers) {
+            if (m_registeredAt.contains(p->pid()))
+                sample(p->id(), QStringLiteral("startup_ms"),
+                       m_registeredAt.value(p->pid()) - p->startedAt());
+        }
+
+        // Resident memory while counting, before any window.
+        sleepMs(narv.startedAt() + m_options.settleMs - nowMs());
+        for (Subject *s : everyone) {
+            const Memory m = memoryOf(s->pid());
+            sample(s->id(), QStringLiteral("rss_counting_kib"), double(m.rssKiB));
+            sample(s->id(), QStringLiteral("pss_counting_kib"), double(m.pssKiB));
+        }
+
+        progress(QStringLiteral("mouse motion, %1 s").arg(m_options.motionMs / 1000));
+        measureActivity(everyone, QStringLiteral("motion"), m_options.motionMs,
+                        [&] { moveMouse(m_options.motionMs); });
+
+        // The first period ends: how long it took, and how long until every
+        // monitor has its break window.
+        const auto started = narv.lineAt(
+            QStringLiteral(" : ticktack timer start %1").arg(m_options.workMinutes * 60));
+        progress(QStringLiteral("waiting for the first break"));
+        const QString timesUp =
+            QStringLiteral(" : ticktack timer timesup for %1").arg(m_options.workMinutes * 60);
+        waitFor([&] { return narv.lineAt(timesUp).has_value(); },
+                m_options.workMinutes * 60000.0 + 10000);
+        const auto ended = narv.lineAt(timesUp);
+        if (started && ended) {
+            sample(QStringLiteral("narv"), QStringLiteral("period_error_ms"),
+                   *ended - *started - m_options.workMinutes * 60000.0);
+            if (const auto shown = breakWindowsShown(narv, *ended, 10000))
+                sample(QStringLiteral("narv"), QStringLiteral("first_break_ms"), *shown);
+            else
+                progress(QStringLiteral("the first break's windows did not all appear"));
+        } else {
+            progress(QStringLiteral("no first work period in narv's log"));
+        }
+        breakWindowsGone(narv, 10000);
+
+        // The water panel, from the menu, and closed again the same way.
+        const double beforeWater = nowMs();
+        QString water = QStringLiteral("not-shown");
+        if (clickMenuItem(narv.pid(), 3)) {
+            const auto panel = [&] {
+                for (const auto &w : m_x.windowsOf(narv.pid(), m_options.monitors, false)) {
+                    if (w.mapped && w.mappedAt >= beforeWater)
+                        return true;
+                }
+                return false;
+            };
+            if (waitFor(panel, 5000)) {
+                water = QStringLiteral("shown");
+                sleepMs(1000);
+                clickMenuItem(narv.pid(), 3);
+                if (!waitFor([&] { return !panel(); }, 5000))
+                    water = QStringLiteral("shown-not-closed");
+            }
+        } else {
+            water = QStringLiteral("no-menu-item");
+        }
+        info(QStringLiteral("narv.water_panel"), water);
+        sleepMs(2000);
+        for (Subject *s : everyone)
+            sample(s->id(), QStringLiteral("rss_after_windows_kib"), double(memoryOf(s->pid()).rssKiB));
+
+        progress(QStringLiteral("counting, %1 s").arg(m_options.countingMs / 1000));
+        measureActivity(everyone, QStringLiteral("counting"), m_options.countingMs);
+
+        progress(QStringLiteral("paused, %1 s").arg(m_options.pausedMs / 1000));
+        const double pauseClick = nowMs();
+        if (clickMenuItem(narv.pid(), 2) &&
+            waitFor([&] { return narv.lineAt(QStringLiteral(" : ticktack timer stoped"), pauseClick)
+                                     .has_value(); },
+                    5000)) {
+            sleepMs(1000);
+            measureActivity({&narv}, QStringLiteral("paused"), m_options.pausedMs);
+        } else {
+            progress(QStringLiteral("could not pause narv from its menu"));
+        }
+
+        // Later breaks, back to back: no work period between them.
+        setWorkMinutes(narv, 0);
+        const double resumed = nowMs();
+        clickMenuItem(narv.pid(), 2);
+        const QString timesUpNow = QStringLiteral(" : ticktack timer timesup for 0");
+        for (int n = 1; n <= m_options.later; ++n) {
+            QList<double> ends;
+            if (!waitFor(
+                    [&] {
+                        ends = narv.linesAt(timesUpNow, resumed);
+                        return ends.size() >= n;
+                    },
+                    15000)) {
+                progress(QStringLiteral("later break %1 did not come").arg(n));
+                break;
+            }
+            const double end = ends.at(n - 1);
+            if (const auto shown = breakWindowsShown(narv, end, 10000))
+                sample(QStringLiteral("narv"), QStringLiteral("later_break_ms"), *shown);
+            else
+                progress(QStringLiteral("later break %1: not every window appeared").arg(n));
+            breakWindowsGone(narv, 10000);
+        }
+        sample(QStringLiteral("narv"), QStringLiteral("rss_end_kib"),
+               double(memoryOf(narv.pid()).rssKiB));
+        narv.stop();
+        for (auto &p : peers)
+            p->stop();
+        sleepMs(500);
+    }
+
+    void printMedians()
+    {
+        for (auto who = m_samples.cbegin(); who != m_samples.cend(); ++who) {
+            for (auto what = who->cbegin(); what != who->cend(); ++what) {
+                QList<double> v = what.value();
+                std::sort(v.begin(), v.end());
+                const double median = v.size() % 2 ? v.at(v.size() / 2)
+                                                   : (v.at(v.size() / 2 - 1) + v.at(v.size() / 2)) / 2;
+                std::printf("median %s %s %.3f %.3f %.3f %lld\n", qPrintable(who.key()),
+                            qPrintable(what.key()), median, v.first(), v.last(),
+                            static_cast<long long>(v.size()));
+            }
+        }
+        std::fflush(stdout);
+    }
+
+    Options m_options;
+    QProcessEnvironment m_env;
+    XWatch m_x;
+    std::unique_ptr<FakeStatusNotifierWatcher> m_watcher;
+    QHash<qint64, double> m_registeredAt; // pid -> ms
+    QMap<QString, QMap<QString, QList<double>>> m_samples;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    g_clock.start();
+
+    QCommandLineParser parser;
+    parser.addOptions({
+        {QStringLiteral("narv"), QStringLiteral("The program."), QStringLiteral("path")},
+        {QStringLiteral("monitors"), QStringLiteral("Monitor names, comma-separated."),
+         QStringLiteral("names")},
+        {QStringLiteral("peers"), QStringLiteral("Peers to run beside it: workrave, safeeyes."),
+         QStringLiteral("list")},
+        {QStringLiteral("runs"), QStringLiteral("Runs."), QStringLiteral("n")},
+        {QStringLiteral("startups"), QStringLiteral("Starts for the start-up time."),
+         QStringLiteral("n")},
+        {QStringLiteral("later"), QStringLiteral("Later breaks per run."), QStringLiteral("n")},
+        {QStringLiteral("phases"),
+         QStringLiteral("Seconds before the memory reading, of motion, counting, paused."),
+         QStringLiteral("s,m,c,p")},
+        {QStringLiteral("work-minutes"), QStringLiteral("The first work period."),
+         QStringLiteral("n")},
+        {QStringLiteral("quick"), QStringLiteral("Short phases: checks that it all still runs.")},
+    });
+    parser.process(app);
+
+    Options options;
+    options.narv = parser.value(QStringLiteral("narv"));
+    options.monitors = parser.value(QStringLiteral("monitors")).split(u',', Qt::SkipEmptyParts);
+    if (options.narv.isEmpty() || options.monitors.isEmpty()) {
+        std::fprintf(stderr, "usage: bench_session --narv PATH --monitors NAME,NAME [...]\n");
+        return 2;
+    }
+    const QHash<QString, Program> known{
+        {QStringLiteral("workrave"), {QStringLiteral("workrave"), QStringLiteral("workrave"), {}}},
+        {QStringLiteral("safeeyes"), {QStringLiteral("safeeyes"), QStringLiteral("safeeyes"), {}}},
+    };
+    for (const QString &peer :
+         parser.value(QStringLiteral("peers")).split(u',', Qt::SkipEmptyParts)) {
+        if (!known.contains(peer)) {
+            std::fprintf(stderr, "bench_session: unknown peer %s\n", qPrintable(peer));
+            return 2;
+        }
+        if (QStandardPaths::findExecutable(known.value(peer).command).isEmpty()) {
+            std::fprintf(stderr, "bench_session: %s is not installed\n", qPrintable(peer));
+            return 2;
+        }
+        options.peers.append(known.value(peer));
+    }
+    if (parser.isSet(QStringLiteral("quick"))) {
+        options.runs = 1;
+        options.startups = 1;
+        options.later = 1;
+        options.settleMs = 2000;
+        options.motionMs = 1000;
+        options.countingMs = 2000;
+        options.pausedMs = 1000;
+        options.workMinutes = 0;
+    }
+    if (parser.isSet(QStringLiteral("runs")))
+        options.runs = std::max(1, parser.value(QStringLiteral("runs")).toInt());
+    if (parser.isSet(QStringLiteral("startups")))
+        options.startups = std::max(0, parser.value(QStringLiteral("startups")).toInt());
+    if (parser.isSet(QStringLiteral("later")))
+        options.later = std::max(0, parser.value(QStringLiteral("later")).toInt());
+    if (parser.isSet(QStringLiteral("work-minutes")))
+        options.workMinutes = std::max(0, parser.value(QStringLiteral("work-minutes")).toInt());
+    if (parser.isSet(QStringLiteral("phases"))) {
+        const QStringList phases = parser.value(QStringLiteral("phases")).split(u',');
+        double *targets[] = {&options.settleMs, &options.motionMs, &options.countingMs,
+                             &options.pausedMs};
+        for (int i = 0; i < 4 && i < phases.size(); ++i)
+            *targets[i] = phases.at(i).toDouble() * 1000;
+    }
+
+    Session session(options);
+    if (!session.setUp())
+        return 1;
+    session.run();
+    return 0;
+}

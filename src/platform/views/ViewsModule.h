@@ -1,0 +1,29 @@
+#pragma once
+
+#include "windows/WindowController.h"
+
+#include <QStringList>
+
+#include <memory>
+
+// Everything Narv draws with Qt Quick (the break windows, the water panel, the
+// settings and About windows) is built into a module of its own, narv_views,
+// which is loaded when the first of those windows is wanted. Until then the
+// process holds none of Qt Quick and QML, which would otherwise be most of
+// what it keeps resident while it only counts down in the tray (see
+// bench/results.md).
+namespace ViewsModule {
+// The module's file name.
+inline constexpr const char *fileName = "narv_views.so";
+// The function the module exports: makes its window backend, owned by the caller.
+inline constexpr const char *entryPoint = "narv_views_create_window_backend";
+
+// A window backend that loads the module when a window is first wanted and
+// from then on leaves everything to the module's own backend, which takes its
+// place in WindowController. Closing before anything was shown needs no module.
+std::unique_ptr<WindowBackend> windowBackend();
+
+// Where the module is looked for, in order: $NARV_VIEWS_MODULE when set, beside
+// the executable (the build tree), then the installed library folder.
+QStringList candidates();
+} // namespace ViewsModule

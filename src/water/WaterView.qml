@@ -1,0 +1,119 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Narv.Water
+
+// The water panel: today's tally, the countdown to the next drink, the amounts
+// and "Skip"/"Done". Everything it shows comes from the one shared
+// PrefWaterState, so the settings window and the status menu stay in step.
+Item {
+    id: root
+
+    readonly property PrefWaterState waterState: WaterPanel.waterState
+    // Set by the window when a compositor can show what lies behind it;
+    // without one the background is opaque.
+    property bool translucent: false
+
+    implicitWidth: WaterPanel.panelWidth
+    implicitHeight: WaterPanel.panelHeight
+    focus: true
+
+    Keys.onEscapePressed: WaterPanel.closeAction()
+
+    SystemPalette {
+        id: system
+    }
+
+    Rectangle {
+        objectName: "background"
+        anchors.fill: parent
+        radius: root.translucent ? 12 : 0
+        color: root.translucent ? Qt.rgba(system.window.r, system.window.g, system.window.b, 0.86)
+                                : system.window
+        border.width: root.translucent ? 1 : 0
+        border.color: Qt.rgba(system.windowText.r, system.windowText.g, system.windowText.b,
+                              0.15)
+    }
+
+    // The panel has no title bar: it is moved by its background.
+    DragHandler {
+        target: null
+        onActiveChanged: {
+            if (active && root.Window.window)
+                root.Window.window.startSystemMove();
+        }
+    }
+
+    HoverHandler {
+        id: hover
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        anchors.margins: 8
+        spacing: 8
+
+        WaterProgressView {
+            Layout.fillWidth: true
+            waterState: root.waterState
+        }
+
+        Item {
+            Layout.fillHeight: true
+        }
+
+        WaterCountingView {
+            Layout.fillWidth: true
+            waterState: root.waterState
+        }
+
+        WaterSelectionView {
+            Layout.fillWidth: true
+            Layout.margins: 8
+            waterState: root.waterState
+        }
+
+        WaterActionView {
+            Layout.fillWidth: true
+        }
+
+        Item {
+            Layout.preferredHeight: 16
+        }
+    }
+
+    // Closes the panel without drinking or arming the next reminder, like a
+    // window's close button; shown while the pointer is over the panel.
+    T.Button {
+        id: close
+        objectName: "close"
+        x: 4
+        y: 4
+        width: 14
+        height: 14
+        focusPolicy: Qt.NoFocus
+        opacity: hover.hovered ? 1 : 0
+        Accessible.name: qsTranslate("Narv", "Close")
+        background: Rectangle {
+            radius: width / 2
+            color: close.hovered ? "#ff5f57"
+                                 : Qt.rgba(system.windowText.r, system.windowText.g,
+                                           system.windowText.b, 0.25)
+        }
+        contentItem: Text {
+            text: "×"
+            color: close.hovered ? "#4d0000" : system.window
+            font.pixelSize: 12
+            font.bold: true
+            horizontalAlignment: Text.AlignHCenter
+            verticalAlignment: Text.AlignVCenter
+        }
+        onClicked: WaterPanel.closeAction()
+
+        Behavior on opacity {
+            NumberAnimation {
+                duration: 150
+            }
+        }
+    }
+}

@@ -1,0 +1,80 @@
+#!/usr/bin/env bash
+# The real program on a private X server and session bus: a second start of
+# Narv opens the window "Settings" (once, at least 480 x 400); the keyboard
+# alone switches "Launch at login" on, which writes the setting and the
+# autostart entry at once; Ctrl+W closes the window and the next start shows
+# it again without making a new one.
+#
+#   tests/e2e/preferences_window.sh path/to/narv
+set -euo pipefail
+narv=$(realpath "$1")
+here=$(cd "$(dirname "$0")" && pwd)
+source "$here/common.sh"
+narv_on_xvfb_and_bus "$0" "$@"
+
+narv_scratch_home
+pid=
+trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; rm -rf "$home"' EXIT
+cat >"$home/config/narv/narv.conf" <<'CONF'
+[General]
+auto_check_update=false
+CONF
+export LC_ALL=C.UTF-8
+"$narv" >"$home/stdout" 2>&1 &
+pid=$!
+
+fail() {
+    echo "FAIL: $*"
+    cat "$home/stdout"
+    exit 1
+}
+ok() { echo "ok: $*"; }
+wait_for() { # seconds, then a command
+    local tries=$(($1 * 10))
+    shift
+    for _ in $(seq "$tries"); do
+        "$@" && return 0
+        sleep 0.1
+    done
+    return 1
+}
+settings_windows() { xdotool search --onlyvisible --name '^Settings$' 2>/dev/null || true; }
+one_window() { [[ $(settings_windows | wc -l) -eq 1 ]]; }
+no_window() { [[ -z $(settings_windows) ]]; }
+
+wait_for 10 grep -q "sandbox home path" "$home/stdout" || fail "narv did not start"
+no_window || fail "a settings window before anyone asked for one"
+
+timeout 10 "$narv" >/dev/null 2>&1 || fail "the second start failed"
+wait_for 10 one_window || fail "no settings window after a second start"
+window=$(settings_windows)
+eval "$(xdotool getwindowgeometry --shell "$window")"
+((WIDTH >= 480 && HEIGHT >= 400)) || fail "the window is ${WIDTH}x${HEIGHT}"
+xprop -id "$window" WM_NORMAL_HINTS | grep -q "minimum size: 480 by 400" ||
+    fail "the window manager is not told the minimum size"
+ok "a second start opens \"Settings\", ${WIDTH}x${HEIGHT}"
+
+# The first tab has the keyboard; Tab goes past the other four to the first
+# switch of the General tab, "Launch at login", and Space switches it on.
+wait_for 5 bash -c "[[ \$(xdotool getwindowfocus 2>/dev/null) == $window ]]" ||
+    fail "the window does not have the keyboard"
+xdotool key --delay 100 Tab Tab Tab Tab Tab space
+wait_for 5 grep -q "launch_at_login=true" "$home/config/narv/narv.conf"
+grep -q "launch_at_login=true" "$home/config/narv/narv.conf" || fail "launch_at_login was not stored"
+[[ -f $home/config/autostart/app.narv.Narv.desktop ]] || fail "no autostart entry"
+ok "Tab and Space switch \"Launch at login\" on: stored, and the autostart entry written"
+
+xdotool key ctrl+w
+wait_for 5 no_window || fail "Ctrl+W did not close the window"
+ok "Ctrl+W closes the window"
+
+timeout 10 "$narv" >/dev/null 2>&1 || fail "the third start failed"
+wait_for 10 one_window || fail "the window did not come back"
+# (Closing lets go of the X window; the window object and its state stay.)
+[[ $(grep -c "create preferences window" "$home/stdout") -eq 1 ]] || fail "the window was made twice"
+ok "the next start shows the same window again"
+
+kill -TERM "$pid"
+wait "$pid" || fail "narv did not end cleanly"
+pid=
+echo "preferences window: 4 passed, 0 failed"
