@@ -17,21 +17,27 @@ log() { cat "$home"/cache/narv/Logs/*.log 2>/dev/null || true; }
 run_narv() {
     local seconds=$1 wait_for=$2
     shift 2
-    env "$@" "$narv" >"$home/stdout" 2>&1 &
+    # Its own process group, so that a wrapper (dbus-run-session) and narv
+    # under it go together.
+    setsid env "$@" "$narv" >"$home/stdout" 2>&1 &
     local pid=$!
     for _ in $(seq 1 $((seconds * 10))); do
         log | grep -q -- "$wait_for" && break
         sleep 0.1
     done
     sleep 1
-    if kill -0 "$pid" 2>/dev/null; then
-        kill -TERM "$pid"
-        wait "$pid" || true
+    if pgrep -g "$pid" -f "$narv" >/dev/null; then
         alive=1
     else
-        wait "$pid" || true
         alive=0
     fi
+    kill -TERM -- "-$pid" 2>/dev/null || true
+    wait "$pid" || true
+    for _ in $(seq 1 50); do
+        pgrep -g "$pid" >/dev/null || break
+        sleep 0.1
+    done
+    kill -KILL -- "-$pid" 2>/dev/null || true
 }
 
 check() {
