@@ -130,10 +130,11 @@ Memory memoryOf(qint64 pid)
 // /proc/<pid>/stat (10 ms steps) also hold threads that have ended, and the
 // children the process waited for.
 struct Usage {
-    double cpuNs = 0;       // live threads, schedstat
-    double statNs = 0;      // utime + stime, all threads
-    double childrenNs = 0;  // cutime + cstime
+    double cpuNs = 0;                        // live threads, schedstat
+    double statNs = 0;                       // utime + stime, all threads
+    double childrenNs = 0;                   // cutime + cstime
     QHash<qint64, qint64> voluntarySwitches; // per thread
+    QHash<qint64, QString> threadNames;
 };
 
 Usage usageOf(qint64 pid)
@@ -154,23 +155,37 @@ Usage usageOf(qint64 pid)
         const QByteArray status = readProc(tasks.filePath(task) + QStringLiteral("/status"));
         usage.voluntarySwitches.insert(task.toLongLong(),
                                        procField(status, "voluntary_ctxt_switches"));
+        usage.threadNames.insert(task.toLongLong(),
+                                 QString::fromUtf8(readProc(tasks.filePath(task) +
+                                                            QStringLiteral("/comm"))
+                                                       .trimmed()));
     }
     return usage;
 }
 
 struct Activity {
-    double cpuPercent = 0;  // of one core
+    double cpuPercent = 0; // of one core
     double wakeupsPerSecond = 0;
+    QString perThread; // "name=wake-ups name=wake-ups", the busiest first
 };
 
 Activity activityBetween(const Usage &a, const Usage &b, double wallMs)
 {
-    const double cpuNs = std::max(b.cpuNs - a.cpuNs, b.statNs - a.statNs) +
-                         (b.childrenNs - a.childrenNs);
+    const double cpuNs =
+        std::max(b.cpuNs - a.cpuNs, b.statNs - a.statNs) + (b.childrenNs - a.childrenNs);
     qint64 switches = 0;
-    for (auto it = b.voluntarySwitches.cbegin(); it != b.voluntarySwitches.cend(); ++it)
-        switches += it.value() - a.voluntarySwitches.value(it.key(), 0);
-    return {100.0 * cpuNs / (wallMs * 1e6), switches * 1000.0 / wallMs};
+    QList<std::pair<qint64, QString>> threads;
+    for (auto it = b.voluntarySwitches.cbegin(); it != b.voluntarySwitches.cend(); ++it) {
+        const qint64 n = it.value() - a.voluntarySwitches.value(it.key(), 0);
+        switches += n;
+        if (n > 0)
+            threads.append({n, b.threadNames.value(it.key()).replace(u' ', u'_')});
+    }
+    std::sort(threads.begin(), threads.end(), std::greater<>());
+    QStringList named;
+    for (const auto &[n, name] : threads)
+        named.append(QStringLiteral("%1=%2").arg(name).arg(n));
+    return {100.0 * cpuNs / (wallMs * 1e6), switches * 1000.0 / wallMs, named.join(u' ')};
 }
 
 // --- X: which windows get mapped, by whom, when
@@ -201,8 +216,8 @@ public:
         const uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
         xcb_change_window_attributes(m_connection, m_root, XCB_CW_EVENT_MASK, &mask);
         xcb_flush(m_connection);
-        m_notifier = new QSocketNotifier(xcb_get_file_descriptor(m_connection),
-                                         QSocketNotifier::Read, this);
+        m_notifier =
+            new QSocketNotifier(xcb_get_file_descriptor(m_connection), QSocketNotifier::Read, this);
         connect(m_notifier, &QSocketNotifier::activated, this, [this] { read(false); });
         return true;
     }
@@ -292,11 +307,9 @@ private:
             break;
         }
         case XCB_DESTROY_NOTIFY: {
+            // The X server hands the id out again, to the next program too.
             const auto *destroy = reinterpret_cast<xcb_destroy_notify_event_t *>(event);
-            if (auto it = m_windows.find(destroy->window); it != m_windows.end() && it->mapped) {
-                it->mapped = false;
-                it->unmappedAt = at;
-            }
+            m_windows.remove(destroy->window);
             break;
         }
         default:
@@ -464,9 +477,8 @@ bool clickMenuItem(qint64 pid, int tag)
     QList<int> ids;
     for (int id = 1; id <= 40; ++id)
         ids.append(id);
-    QDBusMessage ask = QDBusMessage::createMethodCall(service, QStringLiteral("/MenuBar"),
-                                                      interface,
-                                                      QStringLiteral("GetGroupProperties"));
+    QDBusMessage ask = QDBusMessage::createMethodCall(
+        service, QStringLiteral("/MenuBar"), interface, QStringLiteral("GetGroupProperties"));
     ask << QVariant::fromValue(ids) << QStringList{QStringLiteral("x-narv-tag")};
     const QDBusMessage reply = QDBusConnection::sessionBus().call(ask, QDBus::Block, 5000);
     if (reply.type() != QDBusMessage::ReplyMessage)
@@ -475,9 +487,8 @@ bool clickMenuItem(qint64 pid, int tag)
         const QVariantList fields = entry.toList();
         if (fields.value(1).toMap().value(QStringLiteral("x-narv-tag")).toInt() != tag)
             continue;
-        QDBusMessage click =
-            QDBusMessage::createMethodCall(service, QStringLiteral("/MenuBar"), interface,
-                                           QStringLiteral("Event"));
+        QDBusMessage click = QDBusMessage::createMethodCall(service, QStringLiteral("/MenuBar"),
+                                                            interface, QStringLiteral("Event"));
         click << fields.value(0).toInt() << QStringLiteral("clicked")
               << QVariant::fromValue(QDBusVariant(0)) << 0u;
         QDBusConnection::sessionBus().asyncCall(click);
@@ -495,12 +506,12 @@ struct Options {
     int runs = 3;
     int startups = 5;
     int later = 5;
-    double settleMs = 15000;   // before the first memory reading
+    double settleMs = 15000; // before the first memory reading
     double motionMs = 30000;
     double countingMs = 60000;
     double pausedMs = 30000;
     double peerHeadStartMs = 3000;
-    int workMinutes = 1;       // the first work period, whose accuracy is measured
+    int workMinutes = 1; // the first work period, whose accuracy is measured
 };
 
 class Session {
@@ -600,7 +611,8 @@ private:
     // Narv started and stopped a few times, alone: start to status item registered.
     void startups()
     {
-        progress(QStringLiteral("start to status item registered, %1 starts").arg(m_options.startups));
+        progress(
+            QStringLiteral("start to status item registered, %1 starts").arg(m_options.startups));
         for (int i = 0; i < m_options.startups; ++i) {
             Subject narv(narvProgram(), m_env);
             writeNarvSettings(narv, 25);
@@ -716,6 +728,7 @@ private:
             const Activity a = activityBetween(before.value(s), usageOf(s->pid()), wall);
             sample(s->id(), what + QStringLiteral("_cpu_percent"), a.cpuPercent);
             sample(s->id(), what + QStringLiteral("_wakeups_per_s"), a.wakeupsPerSecond);
+            info(s->id() + u'.' + what + QStringLiteral("_threads"), a.perThread);
         }
     }
 
@@ -805,7 +818,8 @@ private:
         info(QStringLiteral("narv.water_panel"), water);
         sleepMs(2000);
         for (Subject *s : everyone)
-            sample(s->id(), QStringLiteral("rss_after_windows_kib"), double(memoryOf(s->pid()).rssKiB));
+            sample(s->id(), QStringLiteral("rss_after_windows_kib"),
+                   double(memoryOf(s->pid()).rssKiB));
 
         progress(QStringLiteral("counting, %1 s").arg(m_options.countingMs / 1000));
         measureActivity(everyone, QStringLiteral("counting"), m_options.countingMs);
@@ -813,37 +827,43 @@ private:
         progress(QStringLiteral("paused, %1 s").arg(m_options.pausedMs / 1000));
         const double pauseClick = nowMs();
         if (clickMenuItem(narv.pid(), 2) &&
-            waitFor([&] { return narv.lineAt(QStringLiteral(" : ticktack timer stoped"), pauseClick)
-                                     .has_value(); },
-                    5000)) {
+            waitFor(
+                [&] {
+                    return narv.lineAt(QStringLiteral(" : ticktack timer stoped"), pauseClick)
+                        .has_value();
+                },
+                5000)) {
             sleepMs(1000);
             measureActivity({&narv}, QStringLiteral("paused"), m_options.pausedMs);
         } else {
             progress(QStringLiteral("could not pause narv from its menu"));
         }
 
-        // Later breaks, back to back: no work period between them.
-        setWorkMinutes(narv, 0);
-        const double resumed = nowMs();
-        clickMenuItem(narv.pid(), 2);
+        // Later breaks, the windows made already. Each is started from the
+        // menu (stop, then start, with a work period of none), and once it is
+        // on the screen the next period is made long, so that the windows go
+        // (after their fade) before the next one is started.
         const QString timesUpNow = QStringLiteral(" : ticktack timer timesup for 0");
         for (int n = 1; n <= m_options.later; ++n) {
-            QList<double> ends;
-            if (!waitFor(
-                    [&] {
-                        ends = narv.linesAt(timesUpNow, resumed);
-                        return ends.size() >= n;
-                    },
-                    15000)) {
+            setWorkMinutes(narv, 0);
+            const double started = nowMs();
+            if (n > 1)
+                clickMenuItem(narv.pid(), 2); // stop the long period
+            clickMenuItem(narv.pid(), 2);
+            if (!waitFor([&] { return narv.lineAt(timesUpNow, started).has_value(); }, 15000)) {
                 progress(QStringLiteral("later break %1 did not come").arg(n));
                 break;
             }
-            const double end = ends.at(n - 1);
+            setWorkMinutes(narv, 1);
+            const double end = *narv.lineAt(timesUpNow, started);
             if (const auto shown = breakWindowsShown(narv, end, 10000))
                 sample(QStringLiteral("narv"), QStringLiteral("later_break_ms"), *shown);
             else
                 progress(QStringLiteral("later break %1: not every window appeared").arg(n));
-            breakWindowsGone(narv, 10000);
+            if (!breakWindowsGone(narv, 15000)) {
+                progress(QStringLiteral("the break windows stay after later break %1").arg(n));
+                break;
+            }
         }
         sample(QStringLiteral("narv"), QStringLiteral("rss_end_kib"),
                double(memoryOf(narv.pid()).rssKiB));
@@ -859,8 +879,9 @@ private:
             for (auto what = who->cbegin(); what != who->cend(); ++what) {
                 QList<double> v = what.value();
                 std::sort(v.begin(), v.end());
-                const double median = v.size() % 2 ? v.at(v.size() / 2)
-                                                   : (v.at(v.size() / 2 - 1) + v.at(v.size() / 2)) / 2;
+                const double median = v.size() % 2
+                                          ? v.at(v.size() / 2)
+                                          : (v.at(v.size() / 2 - 1) + v.at(v.size() / 2)) / 2;
                 std::printf("median %s %s %.3f %.3f %.3f %lld\n", qPrintable(who.key()),
                             qPrintable(what.key()), median, v.first(), v.last(),
                             static_cast<long long>(v.size()));

@@ -123,8 +123,8 @@ QString logDateText(const QDateTime &when, const QString &localeName)
     // format and the locale data it loads for them stay resident, several
     // megabytes in a process that otherwise needs no ICU of its own.
     const QDate day = when.toLocalTime().date();
-    const bool weekYearIsCalendarYear = (day.month() > 1 || day.day() >= 7) &&
-                                        (day.month() < 12 || day.day() <= 25);
+    const bool weekYearIsCalendarYear =
+        (day.month() > 1 || day.day() >= 7) && (day.month() < 12 || day.day() <= 25);
     if (weekYearIsCalendarYear && day.year() >= 1600 && day.year() <= 9999)
         return day.toString(QStringLiteral("yyyyMMdd"));
 

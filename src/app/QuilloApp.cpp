@@ -10,8 +10,8 @@
 #include "platform/login/LoginItemBackend.h"
 #include "platform/mail/MailComposers.h"
 #include "platform/tray/TrayBackend.h"
-#include "platform/views/ViewsModule.h"
 #include "platform/update/UpdateCheck.h"
+#include "platform/views/ViewsModule.h"
 #include "windows/WindowController.h"
 
 #include <QApplication>

@@ -232,6 +232,7 @@ void TestTray::initTestCase()
     m_home.emplace();
     loadTranslations(QLocale(QLocale::English));
     m_panel = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("panel"));
+    registerDBusMenuTypes(); // the panel sends EventGroup with them
     QVERIFY(m_panel.isConnected());
     m_watcher = std::make_unique<FakeStatusNotifierWatcher>(m_panel);
 
@@ -267,7 +268,8 @@ void TestTray::registersWhenAWatcherAppears()
     QVERIFY(m_watcher->start());
     const QString item = m_service + QStringLiteral("/StatusNotifierItem");
     QTRY_COMPARE_WITH_TIMEOUT(m_watcher->registrations(), QStringList{item}, 10000);
-    QCOMPARE(m_watcher->lastSender(), QDBusConnection::sessionBus().baseService());
+    // From the connection that holds the item's name.
+    QCOMPARE(m_watcher->lastSender(), m_panel.interface()->serviceOwner(m_service).value());
 
     // A panel restart: the new watcher knows nothing, the item registers again.
     m_watcher->stop();

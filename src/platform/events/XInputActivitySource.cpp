@@ -86,6 +86,12 @@ bool XInputActivitySource::start()
 
     m_socket = new QSocketNotifier(ConnectionNumber(m_display), QSocketNotifier::Read);
     connect(m_socket, &QSocketNotifier::activated, this, &XInputActivitySource::readEvents);
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(restMilliseconds);
+    connect(&m_rest, &QTimer::timeout, this, [this] {
+        m_socket->setEnabled(true);
+        readEvents();
+    });
     LOG_INFO(QStringLiteral("mouse activity: XInput 2 raw events on %1")
                  .arg(QString::fromLocal8Bit(DisplayString(m_display))));
     // Anything that arrived with the replies above is already in Xlib's queue.
@@ -125,15 +131,22 @@ void XInputActivitySource::readEvents()
         XGenericEventCookie *cookie = &event.xcookie;
         if (cookie->type != GenericEvent || cookie->extension != m_opcode)
             continue;
+        ++m_rawEvents;
+        // Once the batch counts, motion has nothing more to tell; button
+        // events are still read, for the buttons held.
+        if (seen && cookie->evtype == XI_RawMotion)
+            continue;
         if (XGetEventData(m_display, cookie)) {
-            ++m_rawEvents;
             if (isActivity(cookie->evtype, cookie->data))
                 seen = true;
             XFreeEventData(m_display, cookie);
         }
     }
-    if (seen)
+    if (seen) {
+        m_socket->setEnabled(false);
+        m_rest.start();
         Q_EMIT activity();
+    }
 }
 
 bool XInputActivitySource::isActivity(int type, const void *rawEvent)

@@ -2,6 +2,8 @@
 
 #include "app/SystemEventController.h"
 
+#include <QTimer>
+
 #include <bitset>
 #include <memory>
 
@@ -14,6 +16,11 @@ struct _XDisplay;
 // presses and releases of modifier keys. Not counted: other keys, the wheel
 // (buttons 4 to 7, and smooth-scroll motion), other buttons, and motion while
 // only such another button is held.
+//
+// Once activity is reported, the socket is left alone for a second and what
+// came meanwhile is read in one go: the idle stop is minutes away, so hearing
+// of activity a second late costs nothing, while a moving mouse sends several
+// hundred events a second, each of which would otherwise wake the program.
 class XInputActivitySource : public InputActivitySource {
     Q_OBJECT
 public:
@@ -26,6 +33,9 @@ public:
 
     // Raw events read since start(), watched or not (the benchmark reads it).
     quint64 rawEventCount() const { return m_rawEvents; }
+
+    // How long the socket rests after activity was reported.
+    static constexpr int restMilliseconds = 1000;
 
 private:
     XInputActivitySource() = default;
@@ -40,4 +50,5 @@ private:
     std::bitset<256> m_modifierKeys; // by key code
     quint32 m_heldButtons = 0;       // bit n: button n is down
     quint64 m_rawEvents = 0;
+    QTimer m_rest; // single shot: reading resumes when it goes off
 };

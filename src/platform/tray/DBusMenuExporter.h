@@ -2,8 +2,12 @@
 
 #include "DBusMenuTypes.h"
 
-#include <QDBusConnection>
 #include <QObject>
+#include <QPointer>
+
+#include <dbus/dbus.h>
+
+class MainLoopBus;
 
 namespace StatusBarController {
 struct MenuItem;
@@ -12,17 +16,16 @@ struct MenuItem;
 // Publishes StatusBarController::menu() over com.canonical.dbusmenu at
 // /MenuBar, the way panels read a status item's menu, and runs the item a
 // panel reports clicked. The menu is flat: item 0 is the root, the menu's
-// items are its children.
+// items are its children. It lives on the status item's connection
+// (MainLoopBus); the interface is com.canonical.dbusmenu.xml, which is also
+// what Introspect returns.
 class DBusMenuExporter : public QObject {
     Q_OBJECT
-    Q_PROPERTY(uint Version READ version CONSTANT)
-    Q_PROPERTY(QString TextDirection READ textDirection CONSTANT)
-    Q_PROPERTY(QString Status READ status CONSTANT)
-    Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 public:
     static constexpr const char *objectPath = "/MenuBar";
+    static constexpr const char *interfaceName = "com.canonical.dbusmenu";
 
-    explicit DBusMenuExporter(const QDBusConnection &connection, QObject *parent = nullptr);
+    explicit DBusMenuExporter(MainLoopBus *bus, QObject *parent = nullptr);
     ~DBusMenuExporter() override;
 
     bool isExported() const { return m_exported; }
@@ -42,27 +45,22 @@ public:
     QString status() const { return QStringLiteral("normal"); }
     QStringList iconThemePath() const { return {}; }
 
-    // The protocol's methods, called through the adaptor.
+    // The protocol's methods, as handle() calls them.
     bool AboutToShow(int id);
     QList<int> AboutToShowGroup(const QList<int> &ids, QList<int> &idErrors);
-    void Event(int id, const QString &eventId, const QDBusVariant &data, uint timestamp);
-    QList<int> EventGroup(const DBusMenuEventList &events);
+    void Event(int id, const QString &eventId);
+    QList<int> EventGroup(const QList<QPair<int, QString>> &events);
     DBusMenuItemList GetGroupProperties(const QList<int> &ids, const QStringList &propertyNames);
     uint GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
                    DBusMenuLayoutItem &layout);
-    QDBusVariant GetProperty(int id, const QString &name);
-
-Q_SIGNALS:
-    void ItemActivationRequested(int id, uint timestamp);
-    void ItemsPropertiesUpdated(const DBusMenuItemList &updatedProps,
-                                const DBusMenuItemKeysList &removedProps);
-    void LayoutUpdated(uint revision, int parent);
+    QVariant GetProperty(int id, const QString &name);
 
 private:
+    DBusMessage *handle(DBusMessage *call);
     bool knows(int id) const;
     void handleEvent(int id, const QString &eventId);
 
-    QDBusConnection m_connection;
+    QPointer<MainLoopBus> m_bus;
     bool m_exported = false;
     uint m_revision = 1;
 };

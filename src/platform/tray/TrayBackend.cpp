@@ -1,20 +1,22 @@
 #include "TrayBackend.h"
 
 #include "DBusMenuExporter.h"
+#include "MainLoopBus.h"
 #include "StatusNotifierItem.h"
 #include "TrayIconFallback.h"
 #include "app/Log.h"
 
 #include <QCoreApplication>
-#include <QDBusConnection>
-#include <QDBusError>
 
 TrayBackend::TrayBackend()
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (bus.isConnected()) {
-        m_menu = new DBusMenuExporter(bus, QCoreApplication::instance());
-        m_item = new StatusNotifierItem(bus, QCoreApplication::instance());
+    QString error;
+    std::unique_ptr<MainLoopBus> bus = MainLoopBus::connectToSessionBus(&error);
+    if (bus) {
+        m_bus = bus.release();
+        m_bus->setParent(QCoreApplication::instance());
+        m_menu = new DBusMenuExporter(m_bus, m_bus);
+        m_item = new StatusNotifierItem(m_bus, m_bus);
         if (m_item->isExported()) {
             QObject::connect(m_item, &StatusNotifierItem::watcherChanged, m_item,
                              [this](bool present) { useFallback(!present); });
@@ -22,7 +24,7 @@ TrayBackend::TrayBackend()
     } else {
         LOG_WARNING(QStringLiteral("no session bus (%1): the status item can only be a classic "
                                    "tray icon")
-                        .arg(bus.lastError().message()));
+                        .arg(error));
     }
     useFallback(!m_item || !m_item->isExported() || !m_item->watcherPresent());
 }
@@ -32,6 +34,7 @@ TrayBackend::~TrayBackend()
     delete m_fallback;
     delete m_item;
     delete m_menu;
+    delete m_bus;
 }
 
 void TrayBackend::install()

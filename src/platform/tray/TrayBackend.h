@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DBusMenuExporter.h"
+#include "MainLoopBus.h"
 #include "StatusNotifierItem.h"
 #include "TrayIconFallback.h"
 #include "statusbar/StatusBarController.h"
@@ -32,7 +33,9 @@ public:
 private:
     void useFallback(bool use);
 
-    // Owned by the application object, so that nothing outlives it at exit.
+    // Owned by the application object (the item and the menu by the bus
+    // connection they live on), so that nothing outlives it at exit.
+    QPointer<MainLoopBus> m_bus;
     QPointer<StatusNotifierItem> m_item;
     QPointer<DBusMenuExporter> m_menu;
     QPointer<TrayIconFallback> m_fallback;

@@ -34,8 +34,9 @@ CreateBackend entry()
         errors.append(library.errorString());
     }
     LOG_ERROR(QStringLiteral("cannot load the windows (%1): breaks run without break windows")
-                  .arg(errors.isEmpty() ? QStringLiteral("no ") + QLatin1String(ViewsModule::fileName)
-                                        : errors.join(QStringLiteral("; "))));
+                  .arg(errors.isEmpty()
+                           ? QStringLiteral("no ") + QLatin1String(ViewsModule::fileName)
+                           : errors.join(QStringLiteral("; "))));
     return nullptr;
 }
 
@@ -93,7 +94,7 @@ QStringList ViewsModule::candidates()
         paths.append(chosen);
     const QDir here(QCoreApplication::applicationDirPath());
     paths.append(here.filePath(QLatin1String(fileName)));
-    paths.append(QDir::cleanPath(here.filePath(QStringLiteral(NARV_VIEWS_INSTALLED_DIR)) +
-                                 u'/' + QLatin1String(fileName)));
+    paths.append(QDir::cleanPath(here.filePath(QStringLiteral(NARV_VIEWS_INSTALLED_DIR)) + u'/' +
+                                 QLatin1String(fileName)));
     return paths;
 }

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+#include <dbus/dbus.h>
+
+#include <functional>
+#include <memory>
+
+// A connection to the session bus of the status item's own, served on the
+// main thread's event loop: a message goes out from the thread that sends it,
+// at once. QtDBus hands every message to a thread of its own and wakes that
+// thread for each one; the item's label changes every second, which would be
+// a second wake-up every second for the whole life of the process (see
+// bench/results.md). Used from the main thread only.
+class MainLoopBus : public QObject {
+    Q_OBJECT
+public:
+    // Answers a method call to an object: a reply or an error made with
+    // dbus_message_new_method_return() / dbus_message_new_error(), or null for
+    // "no such method". The bus takes the reply.
+    using Handler = std::function<DBusMessage *(DBusMessage *call)>;
+
+    // Null, with the reason in *error, when there is no session bus.
+    static std::unique_ptr<MainLoopBus> connectToSessionBus(QString *error);
+    ~MainLoopBus() override;
+
+    QString uniqueName() const;
+    // Takes a well-known name; false when someone else holds it.
+    bool requestName(const QString &name, QString *error);
+    // Asks the bus whether someone holds this name (waits for the answer).
+    bool nameHasOwner(const QString &name);
+    // Calls back with the new owner ("" when it went away) whenever the
+    // name changes hands.
+    void watchName(const QString &name, std::function<void(const QString &newOwner)> changed);
+
+    bool registerObject(const QString &path, Handler handler);
+    void unregisterObject(const QString &path);
+
+    // Sends a signal or call and drops our reference to it.
+    void send(DBusMessage *message);
+    // Calls a method; the callback gets the reply or the error, or null when
+    // the connection went away first.
+    void callAsync(DBusMessage *call, std::function<void(DBusMessage *reply)> done,
+                   int timeoutMs = 25000);
+
+private:
+    explicit MainLoopBus(DBusConnection *connection);
+    void dispatchSoon();
+    void dispatch();
+
+    static DBusHandlerResult filter(DBusConnection *, DBusMessage *message, void *self);
+    static DBusHandlerResult objectMessage(DBusConnection *, DBusMessage *message, void *handler);
+
+    DBusConnection *m_connection = nullptr;
+    bool m_dispatchPending = false;
+    QList<QPair<QString, std::function<void(const QString &)>>> m_watchedNames;
+};
+
+// Writing D-Bus values from Qt ones, for the item and its menu.
+namespace DBusWrite {
+void string(DBusMessageIter *it, const QString &text);
+void objectPath(DBusMessageIter *it, const QString &path);
+// A variant holding the value: text "s", bool "b", int "i", unsigned "u", bytes
+// "ay", a string list "as", a list of string lists "aas" and a map "a{sv}"
+// (everything a menu item's properties hold), and what StatusNotifierTypes.h
+// declares. Anything else is written as an empty text, and logged.
+void variant(DBusMessageIter *it, const QVariant &value);
+// a{sv}
+void properties(DBusMessageIter *it, const QVariantMap &map);
+} // namespace DBusWrite
+
+// Reading the arguments of a call.
+namespace DBusRead {
+// Reads the basic value at the iterator (i, u, s, b, o, or a variant of one)
+// and steps on; an invalid QVariant when there is none.
+QVariant next(DBusMessageIter *it);
+// "ai" or "as" at the iterator, stepping on.
+QList<int> intList(DBusMessageIter *it);
+QStringList stringList(DBusMessageIter *it);
+} // namespace DBusRead

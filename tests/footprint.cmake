@@ -1,0 +1,26 @@
+# What keeps the program small: the log file's date without ICU on most days,
+# Qt Quick loaded only at the first window (the real binary), the status
+# item's bus connection on the main thread and the interfaces it serves.
+
+narv_add_core_test(tst_logdate core/tst_logdate.cpp)
+
+# The item and its menu against their checked-in interface files, over a
+# private session bus.
+add_executable(tst_trayinterfaces statusbar/tst_trayinterfaces.cpp)
+target_include_directories(tst_trayinterfaces PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_link_libraries(tst_trayinterfaces PRIVATE narv_tray Qt6::Test)
+add_test(NAME tst_trayinterfaces COMMAND dbus-run-session -- $<TARGET_FILE:tst_trayinterfaces>)
+set_tests_properties(tst_trayinterfaces PROPERTIES TIMEOUT 60
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+target_compile_definitions(tst_trayinterfaces PRIVATE
+    NARV_INTERFACES_DIR="${CMAKE_SOURCE_DIR}/src/platform/tray")
+
+# The real binary on a private X server and bus: nothing of Qt Quick, QML or
+# fontconfig's font list in the process until the first break, then the
+# windows from the views module.
+add_test(NAME e2e_footprint COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/footprint.sh $<TARGET_FILE:narv>)
+set_tests_properties(e2e_footprint PROPERTIES TIMEOUT 120)
+
+# The benchmark's scripts still run: every step once, briefly, Narv alone.
+add_test(NAME bench_smoke COMMAND ${CMAKE_SOURCE_DIR}/bench/run --quick ${CMAKE_BINARY_DIR})
+set_tests_properties(bench_smoke PROPERTIES TIMEOUT 180 LABELS bench)

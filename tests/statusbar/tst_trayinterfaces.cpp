@@ -1,0 +1,303 @@
+// The status item and its menu serve the interfaces of their checked-in XML
+// files, read the way a panel reads them, over a private session bus (the test
+// runs under dbus-run-session): Introspect says what the file says, every
+// property comes with the type the file gives it, the properties are
+// read-only, unknown names are errors. And the item's emblem, drawn from the
+// icon font's SVG source, is the icon font's glyph.
+//
+// The item lives in this process on its own main-thread connection; the
+// "panel" is a QtDBus connection of the test, called asynchronously so the
+// item can answer from this thread.
+
+#include "TestSupport.h"
+
+#include "DBusMenuExporter.h"
+#include "MainLoopBus.h"
+#include "StatusNotifierItem.h"
+#include "app/IconFont.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QFile>
+#include <QGuiApplication>
+#include <QImage>
+#include <QTest>
+#include <QXmlStreamReader>
+
+#include <memory>
+
+using TestSupport::ScratchHome;
+
+namespace {
+
+// One interface as its XML describes it: "method Name (in-sig)(out-sig)",
+// "property Name type access", "signal Name (sig)", sorted.
+QStringList membersOf(const QString &xml, const QString &interface)
+{
+    QStringList members;
+    QXmlStreamReader reader(xml);
+    bool inside = false;
+    QString current;
+    QString in;
+    QString out;
+    while (!reader.atEnd()) {
+        reader.readNext();
+        const QStringView name = reader.name();
+        const QXmlStreamAttributes a = reader.attributes();
+        if (reader.isStartElement() && name == u"interface") {
+            inside = a.value(QLatin1String("name")) == interface;
+        } else if (reader.isEndElement() && name == u"interface") {
+            inside = false;
+        } else if (!inside) {
+            continue;
+        } else if (reader.isStartElement() && (name == u"method" || name == u"signal")) {
+            current = name.toString() + u' ' + a.value(QLatin1String("name")).toString();
+            in.clear();
+            out.clear();
+        } else if (reader.isStartElement() && name == u"arg") {
+            (a.value(QLatin1String("direction")) == u"in" ? in : out) +=
+                a.value(QLatin1String("type")).toString();
+        } else if (reader.isEndElement() && (name == u"method" || name == u"signal")) {
+            members.append(current + QStringLiteral(" (%1)(%2)").arg(in, out));
+        } else if (reader.isStartElement() && name == u"property") {
+            members.append(QStringLiteral("property %1 %2 %3")
+                               .arg(a.value(QLatin1String("name")), a.value(QLatin1String("type")),
+                                    a.value(QLatin1String("access"))));
+        }
+    }
+    members.sort();
+    return members;
+}
+
+QString fileText(const QString &name)
+{
+    QFile file(QStringLiteral(NARV_INTERFACES_DIR "/") + name);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+// The D-Bus signature of a value as QtDBus hands it over.
+QString signatureOf(const QVariant &value)
+{
+    if (value.canConvert<QDBusArgument>())
+        return value.value<QDBusArgument>().currentSignature();
+    if (value.metaType() == QMetaType::fromType<QDBusObjectPath>())
+        return QStringLiteral("o");
+    return QString::fromLatin1(QDBusMetaType::typeToSignature(value.metaType()));
+}
+
+} // namespace
+
+class TestTrayInterfaces : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+
+    void introspectionIsTheInterfaceFile_data();
+    void introspectionIsTheInterfaceFile();
+    void everyPropertyHasItsDeclaredType_data();
+    void everyPropertyHasItsDeclaredType();
+    void propertiesAreReadOnlyAndUnknownNamesAreErrors();
+    void emblemIsTheIconFontGlyph();
+
+private:
+    QDBusMessage call(const QString &path, const QString &interface, const QString &method,
+                      const QVariantList &args = {});
+
+    std::optional<ScratchHome> m_home;
+    std::unique_ptr<MainLoopBus> m_bus;
+    QDBusConnection m_panel{QString()};
+    QString m_service;
+};
+
+void TestTrayInterfaces::initTestCase()
+{
+    QVERIFY2(QDBusConnection::sessionBus().isConnected(), "run this under dbus-run-session");
+    m_home.emplace();
+    QString error;
+    m_bus = MainLoopBus::connectToSessionBus(&error);
+    QVERIFY2(m_bus, qPrintable(error));
+    new DBusMenuExporter(m_bus.get(), m_bus.get());
+    auto *item = new StatusNotifierItem(m_bus.get(), m_bus.get());
+    QVERIFY(item->isExported());
+    item->setLabel(QStringLiteral("24:59"));
+    m_service = item->serviceName();
+    m_panel = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("panel"));
+    QVERIFY(m_panel.isConnected());
+    // The name belongs to the item's own connection, not to QtDBus's.
+    QCOMPARE(m_panel.interface()->serviceOwner(m_service).value(), m_bus->uniqueName());
+}
+
+void TestTrayInterfaces::cleanupTestCase()
+{
+    m_bus.reset();
+}
+
+QDBusMessage TestTrayInterfaces::call(const QString &path, const QString &interface,
+                                      const QString &method, const QVariantList &args)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(m_service, path, interface, method);
+    message.setArguments(args);
+    QDBusPendingCall pending = m_panel.asyncCall(message, 10000);
+    if (!QTest::qWaitFor([&] { return pending.isFinished(); }, 15000))
+        qWarning() << "no answer to" << method;
+    return pending.reply();
+}
+
+void TestTrayInterfaces::introspectionIsTheInterfaceFile_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("interface");
+    QTest::addColumn<QString>("file");
+    QTest::newRow("item") << "/StatusNotifierItem"
+                          << "org.kde.StatusNotifierItem"
+                          << "org.kde.StatusNotifierItem.xml";
+    QTest::newRow("menu") << "/MenuBar"
+                          << "com.canonical.dbusmenu"
+                          << "com.canonical.dbusmenu.xml";
+}
+
+void TestTrayInterfaces::introspectionIsTheInterfaceFile()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, interface);
+    QFETCH(QString, file);
+    const QStringList declared = membersOf(fileText(file), interface);
+    QVERIFY(declared.size() > 5);
+
+    const QDBusMessage reply = call(path, QStringLiteral("org.freedesktop.DBus.Introspectable"),
+                                    QStringLiteral("Introspect"));
+    QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
+    const QString xml = reply.arguments().value(0).toString();
+    QCOMPARE(membersOf(xml, interface), declared);
+    // And the standard interfaces a panel calls.
+    QVERIFY(membersOf(xml, QStringLiteral("org.freedesktop.DBus.Properties"))
+                .contains(QStringLiteral("method GetAll (s)(a{sv})")));
+    QVERIFY(membersOf(xml, QStringLiteral("org.freedesktop.DBus.Introspectable"))
+                .contains(QStringLiteral("method Introspect ()(s)")));
+}
+
+void TestTrayInterfaces::everyPropertyHasItsDeclaredType_data()
+{
+    introspectionIsTheInterfaceFile_data();
+}
+
+void TestTrayInterfaces::everyPropertyHasItsDeclaredType()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, interface);
+    QFETCH(QString, file);
+    const QDBusMessage all = call(path, QStringLiteral("org.freedesktop.DBus.Properties"),
+                                  QStringLiteral("GetAll"), {interface});
+    QCOMPARE(all.type(), QDBusMessage::ReplyMessage);
+    QVariantMap values;
+    all.arguments().value(0).value<QDBusArgument>() >> values;
+
+    QStringList declaredNames;
+    for (const QString &member : membersOf(fileText(file), interface)) {
+        const QStringList parts = member.split(u' ');
+        if (parts.value(0) != u"property")
+            continue;
+        const QString name = parts.value(1);
+        const QString type = parts.value(2);
+        declaredNames.append(name);
+        QVERIFY2(values.contains(name), qPrintable(name + QStringLiteral(" missing from GetAll")));
+        QCOMPARE(signatureOf(values.value(name)), type);
+
+        const QDBusMessage one = call(path, QStringLiteral("org.freedesktop.DBus.Properties"),
+                                      QStringLiteral("Get"), {interface, name});
+        QCOMPARE(one.type(), QDBusMessage::ReplyMessage);
+        QCOMPARE(signatureOf(one.arguments().value(0).value<QDBusVariant>().variant()), type);
+    }
+    QStringList served = values.keys();
+    served.sort();
+    declaredNames.sort();
+    QCOMPARE(served, declaredNames);
+}
+
+void TestTrayInterfaces::propertiesAreReadOnlyAndUnknownNamesAreErrors()
+{
+    const QString props = QStringLiteral("org.freedesktop.DBus.Properties");
+    const QString sni = QStringLiteral("org.kde.StatusNotifierItem");
+    QDBusMessage reply = call(QStringLiteral("/StatusNotifierItem"), props, QStringLiteral("Set"),
+                              {sni, QStringLiteral("XAyatanaLabel"),
+                               QVariant::fromValue(QDBusVariant(QStringLiteral("00:00")))});
+    QCOMPARE(reply.errorName(), QStringLiteral("org.freedesktop.DBus.Error.PropertyReadOnly"));
+    QCOMPARE(call(QStringLiteral("/StatusNotifierItem"), props, QStringLiteral("Get"),
+                  {sni, QStringLiteral("XAyatanaLabel")})
+                 .arguments()
+                 .value(0)
+                 .value<QDBusVariant>()
+                 .variant()
+                 .toString(),
+             QStringLiteral("24:59"));
+
+    reply = call(QStringLiteral("/StatusNotifierItem"), props, QStringLiteral("Get"),
+                 {sni, QStringLiteral("NoSuchProperty")});
+    QCOMPARE(reply.errorName(), QStringLiteral("org.freedesktop.DBus.Error.UnknownProperty"));
+    reply = call(QStringLiteral("/StatusNotifierItem"), props, QStringLiteral("GetAll"),
+                 {QStringLiteral("org.example.Other")});
+    QCOMPARE(reply.errorName(), QStringLiteral("org.freedesktop.DBus.Error.UnknownInterface"));
+    reply = call(QStringLiteral("/MenuBar"), QStringLiteral("com.canonical.dbusmenu"),
+                 QStringLiteral("NoSuchMethod"));
+    QCOMPARE(reply.errorName(), QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"));
+    // The item's clicks are answered, and change nothing.
+    reply = call(QStringLiteral("/StatusNotifierItem"), sni, QStringLiteral("Activate"), {10, 10});
+    QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
+}
+
+void TestTrayInterfaces::emblemIsTheIconFontGlyph()
+{
+    const QDBusMessage reply =
+        call(QStringLiteral("/StatusNotifierItem"),
+             QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+             {QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("IconPixmap")});
+    QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
+    const QDBusArgument images =
+        reply.arguments().value(0).value<QDBusVariant>().variant().value<QDBusArgument>();
+    QByteArray argb; // 32 px, A R G B bytes
+    images.beginArray();
+    while (!images.atEnd()) {
+        int w = 0, h = 0;
+        QByteArray data;
+        images.beginStructure();
+        images >> w >> h >> data;
+        images.endStructure();
+        if (w == 32 && h == 32)
+            argb = data;
+    }
+    images.endArray();
+    QCOMPARE(argb.size(), 32 * 32 * 4);
+
+    const QImage glyph =
+        IconFont::loadIcon(IconFont::narv, 32, Qt::black).convertToFormat(QImage::Format_ARGB32);
+    long difference = 0;
+    int covered = 0;
+    for (int y = 0; y < 32; ++y) {
+        for (int x = 0; x < 32; ++x) {
+            const int drawn = quint8(argb.at((y * 32 + x) * 4));
+            const int font = qAlpha(glyph.pixel(x, y));
+            difference += qAbs(drawn - font);
+            covered += font > 128 ? 1 : 0;
+        }
+    }
+    QVERIFY(covered > 100);
+    // The same outline, antialiased a little differently at the edges.
+    QVERIFY2(difference / (32 * 32) < 8, qPrintable(QString::number(difference / (32 * 32))));
+}
+
+int main(int argc, char **argv)
+{
+    QGuiApplication app(argc, argv);
+    TestTrayInterfaces test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_trayinterfaces.moc"
