@@ -174,20 +174,25 @@ QQuickView *QmlWindowBackend::breakWindow(QScreen *screen)
 
 void QmlWindowBackend::show(QWindow *window)
 {
+    fadeIn(window, &QWindow::showFullScreen);
+}
+
+void QmlWindowBackend::fadeIn(QWindow *window, void (QWindow::*showIt)())
+{
     m_hints->setOnAllDesktops(window);
     if (!m_hints->canFade()) {
-        window->showFullScreen();
+        (window->*showIt)();
         window->raise();
         return;
     }
     QPropertyAnimation *fade = fadeOf(window);
-    // A window still fading out from the last break must not be hidden by
-    // that fade's end now that it is wanted again.
+    // A window still fading out must not be hidden by that fade's end now that
+    // it is wanted again.
     fade->stop();
     QObject::disconnect(fade, &QAbstractAnimation::finished, nullptr, nullptr);
     if (!window->isVisible())
         window->setOpacity(0.0);
-    window->showFullScreen();
+    (window->*showIt)();
     window->raise();
     fade->setStartValue(window->opacity());
     fade->setEndValue(1.0);
@@ -344,23 +349,7 @@ QQuickView *QmlWindowBackend::waterWindow()
 
 void QmlWindowBackend::showFloating(QWindow *window)
 {
-    m_hints->setOnAllDesktops(window);
-    if (!m_hints->canFade()) {
-        window->show();
-        window->raise();
-        return;
-    }
-    QPropertyAnimation *fade = fadeOf(window);
-    // Shown again while fading out: the fade's end must not hide it.
-    fade->stop();
-    QObject::disconnect(fade, &QAbstractAnimation::finished, nullptr, nullptr);
-    if (!window->isVisible())
-        window->setOpacity(0.0);
-    window->show();
-    window->raise();
-    fade->setStartValue(window->opacity());
-    fade->setEndValue(1.0);
-    fade->start();
+    fadeIn(window, &QWindow::show);
 }
 
 void QmlWindowBackend::showWaterView()

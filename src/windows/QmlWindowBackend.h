@@ -66,6 +66,8 @@ private:
     void close(QWindow *window);
     void releaseWindows();
     void showFloating(QWindow *window);
+    // Shows the window the given way, fading it in where windows can fade.
+    void fadeIn(QWindow *window, void (QWindow::*showIt)());
 
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<WindowHints> m_hints;
