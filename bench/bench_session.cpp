@@ -15,8 +15,9 @@
 //                    opened and closed, and Narv's memory after both
 //   60 s             CPU and wake-ups (voluntary context switches) of everyone
 //   30 s             the same for Narv while paused from the menu
-//   then             a few more breaks with no work period between them, for
-//                    the time later breaks take to reach the screen
+//   then             a few more breaks, each started from the menu with a
+//                    work period of none once the windows of the one before
+//                    have gone, for the time later breaks take to the screen
 //
 // It prints "sample <who> <what> <value>" for every measurement and, at the
 // end, "median <who> <what> <median> <min> <max> <count>"; bench/run turns
@@ -125,16 +126,20 @@ Memory memoryOf(qint64 pid)
             procField(readProc(QStringLiteral("/proc/%1/smaps_rollup").arg(pid)), "Pss")};
 }
 
-// What a process has used so far. Time on the CPU comes from the scheduler's
-// nanosecond counters of the live threads (schedstat); the tick counters of
-// /proc/<pid>/stat (10 ms steps) also hold threads that have ended, and the
-// children the process waited for.
+// What a process has used so far, thread by thread: time on the CPU from the
+// scheduler's nanosecond counters (schedstat), voluntary context switches
+// (wake-ups). The tick counters of /proc/<pid>/stat, in 10 ms steps, would
+// be too coarse for a program that uses a few milliseconds a minute; they
+// are used for the children the process waited for (a helper it runs).
+struct ThreadUsage {
+    QString name;
+    double cpuNs = 0;
+    qint64 voluntarySwitches = 0;
+};
+
 struct Usage {
-    double cpuNs = 0;                        // live threads, schedstat
-    double statNs = 0;                       // utime + stime, all threads
-    double childrenNs = 0;                   // cutime + cstime
-    QHash<qint64, qint64> voluntarySwitches; // per thread
-    QHash<qint64, QString> threadNames;
+    QHash<qint64, ThreadUsage> threads; // by thread id
+    double childrenNs = 0;              // cutime + cstime
 };
 
 Usage usageOf(qint64 pid)
@@ -144,21 +149,21 @@ Usage usageOf(qint64 pid)
     const QByteArray stat = readProc(QStringLiteral("/proc/%1/stat").arg(pid));
     // The command name (field 2) may hold spaces; count fields after its ')'.
     const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
-    if (fields.size() > 15) {
-        usage.statNs = (fields.at(11).toDouble() + fields.at(12).toDouble()) * tickNs;
+    if (fields.size() > 15)
         usage.childrenNs = (fields.at(13).toDouble() + fields.at(14).toDouble()) * tickNs;
-    }
     const QDir tasks(QStringLiteral("/proc/%1/task").arg(pid));
     for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QByteArray sched = readProc(tasks.filePath(task) + QStringLiteral("/schedstat"));
-        usage.cpuNs += sched.split(' ').value(0).toDouble();
-        const QByteArray status = readProc(tasks.filePath(task) + QStringLiteral("/status"));
-        usage.voluntarySwitches.insert(task.toLongLong(),
-                                       procField(status, "voluntary_ctxt_switches"));
-        usage.threadNames.insert(task.toLongLong(),
-                                 QString::fromUtf8(readProc(tasks.filePath(task) +
-                                                            QStringLiteral("/comm"))
-                                                       .trimmed()));
+        ThreadUsage t;
+        t.name =
+            QString::fromUtf8(readProc(tasks.filePath(task) + QStringLiteral("/comm")).trimmed())
+                .replace(u' ', u'_');
+        t.cpuNs = readProc(tasks.filePath(task) + QStringLiteral("/schedstat"))
+                      .split(' ')
+                      .value(0)
+                      .toDouble();
+        t.voluntarySwitches = procField(readProc(tasks.filePath(task) + QStringLiteral("/status")),
+                                        "voluntary_ctxt_switches");
+        usage.threads.insert(task.toLongLong(), t);
     }
     return usage;
 }
@@ -169,24 +174,48 @@ struct Activity {
     QString perThread; // "name=wake-ups name=wake-ups", the busiest first
 };
 
-Activity activityBetween(const Usage &a, const Usage &b, double wallMs)
-{
-    const double cpuNs =
-        std::max(b.cpuNs - a.cpuNs, b.statNs - a.statNs) + (b.childrenNs - a.childrenNs);
-    qint64 switches = 0;
-    QList<std::pair<qint64, QString>> threads;
-    for (auto it = b.voluntarySwitches.cbegin(); it != b.voluntarySwitches.cend(); ++it) {
-        const qint64 n = it.value() - a.voluntarySwitches.value(it.key(), 0);
-        switches += n;
-        if (n > 0)
-            threads.append({n, b.threadNames.value(it.key()).replace(u' ', u'_')});
+// Adds up what a process used over a stretch of time from readings taken
+// every second: what a thread used between two readings counts when it is in
+// both (or only in the later one, when it started in between). A thread that
+// ends takes with it at most what it used in its last second.
+class ActivityMeter {
+public:
+    void add(const Usage &now)
+    {
+        if (m_readings++ > 0) {
+            for (auto it = now.threads.cbegin(); it != now.threads.cend(); ++it) {
+                const ThreadUsage before = m_last.threads.value(it.key());
+                m_cpuNs += it->cpuNs - before.cpuNs;
+                const qint64 switches = it->voluntarySwitches - before.voluntarySwitches;
+                m_switches += switches;
+                m_byThread[it->name] += switches;
+            }
+            m_cpuNs += now.childrenNs - m_last.childrenNs;
+        }
+        m_last = now;
     }
-    std::sort(threads.begin(), threads.end(), std::greater<>());
-    QStringList named;
-    for (const auto &[n, name] : threads)
-        named.append(QStringLiteral("%1=%2").arg(name).arg(n));
-    return {100.0 * cpuNs / (wallMs * 1e6), switches * 1000.0 / wallMs, named.join(u' ')};
-}
+
+    Activity result(double wallMs) const
+    {
+        QList<std::pair<qint64, QString>> threads;
+        for (auto it = m_byThread.cbegin(); it != m_byThread.cend(); ++it) {
+            if (it.value() > 0)
+                threads.append({it.value(), it.key()});
+        }
+        std::sort(threads.begin(), threads.end(), std::greater<>());
+        QStringList named;
+        for (const auto &[n, name] : threads)
+            named.append(QStringLiteral("%1=%2").arg(name).arg(n));
+        return {100.0 * m_cpuNs / (wallMs * 1e6), m_switches * 1000.0 / wallMs, named.join(u' ')};
+    }
+
+private:
+    Usage m_last;
+    int m_readings = 0;
+    double m_cpuNs = 0;
+    qint64 m_switches = 0;
+    QMap<QString, qint64> m_byThread;
+};
 
 // --- X: which windows get mapped, by whom, when
 
@@ -550,6 +579,7 @@ public:
 
     void run()
     {
+        warmUp();
         startups();
         for (int run = 1; run <= m_options.runs; ++run) {
             progress(QStringLiteral("run %1 of %2").arg(run).arg(m_options.runs));
@@ -606,6 +636,20 @@ private:
         if (!m_registeredAt.contains(subject.pid()))
             return std::nullopt;
         return m_registeredAt.value(subject.pid()) - subject.startedAt();
+    }
+
+    // Each peer started once and stopped, unmeasured. The first GTK program on
+    // a fresh X server asks OpenGL which visuals it has (Mesa and LLVM, some
+    // 50 MiB that stay resident) and leaves the answer on the root window for
+    // the programs after it; on a desktop the panel has long done that.
+    void warmUp()
+    {
+        for (const Program &program : m_options.peers) {
+            Subject peer(program, m_env);
+            peer.start();
+            sleepMs(m_options.peerHeadStartMs);
+            peer.stop();
+        }
     }
 
     // Narv started and stopped a few times, alone: start to status item registered.
@@ -712,20 +756,32 @@ private:
     void measureActivity(const QList<Subject *> &subjects, const QString &what, double ms,
                          const std::function<void()> &during = {})
     {
-        QHash<Subject *, Usage> before;
-        for (Subject *s : subjects)
-            before.insert(s, usageOf(s->pid()));
+        QHash<Subject *, ActivityMeter> meters;
+        const auto read = [&] {
+            for (Subject *s : subjects) {
+                if (s->running())
+                    meters[s].add(usageOf(s->pid()));
+            }
+        };
+        read();
         const double start = nowMs();
+        // Readings every second, also while `during` runs the event loop.
+        QTimer every;
+        every.setInterval(1000);
+        QObject::connect(&every, &QTimer::timeout, read);
+        every.start();
         if (during)
             during();
         sleepMs(start + ms - nowMs());
+        every.stop();
+        read();
         const double wall = nowMs() - start;
         for (Subject *s : subjects) {
             if (!s->running()) {
                 progress(s->id() + QStringLiteral(" is no longer running"));
                 continue;
             }
-            const Activity a = activityBetween(before.value(s), usageOf(s->pid()), wall);
+            const Activity a = meters[s].result(wall);
             sample(s->id(), what + QStringLiteral("_cpu_percent"), a.cpuPercent);
             sample(s->id(), what + QStringLiteral("_wakeups_per_s"), a.wakeupsPerSecond);
             info(s->id() + u'.' + what + QStringLiteral("_threads"), a.perThread);

@@ -89,9 +89,6 @@ std::unique_ptr<WindowBackend> ViewsModule::windowBackend()
 QStringList ViewsModule::candidates()
 {
     QStringList paths;
-    const QString chosen = qEnvironmentVariable("NARV_VIEWS_MODULE");
-    if (!chosen.isEmpty())
-        paths.append(chosen);
     const QDir here(QCoreApplication::applicationDirPath());
     paths.append(here.filePath(QLatin1String(fileName)));
     paths.append(QDir::cleanPath(here.filePath(QStringLiteral(NARV_VIEWS_INSTALLED_DIR)) + u'/' +

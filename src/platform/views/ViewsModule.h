@@ -23,7 +23,7 @@ inline constexpr const char *entryPoint = "narv_views_create_window_backend";
 // place in WindowController. Closing before anything was shown needs no module.
 std::unique_ptr<WindowBackend> windowBackend();
 
-// Where the module is looked for, in order: $NARV_VIEWS_MODULE when set, beside
-// the executable (the build tree), then the installed library folder.
+// Where the module is looked for, in order: beside the executable (the build
+// tree), then the installed library folder.
 QStringList candidates();
 } // namespace ViewsModule
