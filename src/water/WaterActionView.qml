@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Narv.Water
 
 // "Skip" and "Done". "Done" adds the chosen amount at once and closes the
@@ -10,46 +9,61 @@ Item {
     implicitWidth: row.implicitWidth
     implicitHeight: row.implicitHeight
 
-    component ActionButton: T.Button {
+    // A capsule of our own rather than a Qt Quick Controls button, whose
+    // library would stay in the process for good once the panel has been
+    // shown. It takes no keyboard focus: the panel's one key is Escape.
+    component ActionButton: Item {
         id: button
 
+        property string text
         property color textColor
         property color fillColor
 
-        focusPolicy: Qt.NoFocus
-        topPadding: 5
-        bottomPadding: 5
-        leftPadding: 16
-        rightPadding: 16
-        implicitWidth: implicitContentWidth + leftPadding + rightPadding
-        implicitHeight: implicitContentHeight + topPadding + bottomPadding
-        opacity: down ? 0.7 : 1
+        signal clicked
+
+        implicitWidth: label.implicitWidth + 32
+        implicitHeight: label.implicitHeight + 10
+        opacity: tap.pressed ? 0.7 : 1
+        Accessible.role: Accessible.Button
+        Accessible.name: button.text
+        Accessible.onPressAction: button.clicked()
 
         SystemPalette {
             id: buttonPalette
         }
 
-        contentItem: Text {
+        SoftShadow {
+            anchors.fill: parent
+            cornerRadius: height / 2
+            color: Qt.rgba(buttonPalette.windowText.r, buttonPalette.windowText.g,
+                           buttonPalette.windowText.b, 0.55)
+            strength: 0.2
+            blur: 3
+            offsetY: 3
+        }
+
+        Rectangle {
+            anchors.fill: parent
+            radius: height / 2
+            color: button.fillColor
+        }
+
+        Text {
+            id: label
+            anchors.centerIn: parent
             text: button.text
             color: button.textColor
             font.pixelSize: 13
-            horizontalAlignment: Text.AlignHCenter
         }
-        background: Item {
-            SoftShadow {
-                anchors.fill: parent
-                cornerRadius: height / 2
-                color: Qt.rgba(buttonPalette.windowText.r, buttonPalette.windowText.g,
-                               buttonPalette.windowText.b, 0.55)
-                strength: 0.2
-                blur: 3
-                offsetY: 3
-            }
-            Rectangle {
-                anchors.fill: parent
-                radius: height / 2
-                color: button.fillColor
-            }
+
+        // The click counts where the press ends on the button.
+        TapHandler {
+            id: tap
+            gesturePolicy: TapHandler.ReleaseWithinBounds
+            // A press that turns into a drag stays the button's: it does not
+            // move the panel.
+            grabPermissions: PointerHandler.TakeOverForbidden
+            onTapped: button.clicked()
         }
     }
 

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import Narv.Water
 
 // The water panel: today's tally, the countdown to the next drink, the amounts
@@ -83,32 +82,46 @@ Item {
     }
 
     // Closes the panel without drinking or arming the next reminder, like a
-    // window's close button; shown while the pointer is over the panel.
-    T.Button {
+    // window's close button; shown while the pointer is over the panel. Drawn
+    // by hand rather than with Qt Quick Controls, whose library would stay in
+    // the process once loaded.
+    Rectangle {
         id: close
         objectName: "close"
         x: 4
         y: 4
         width: 14
         height: 14
-        focusPolicy: Qt.NoFocus
+        radius: width / 2
         opacity: hover.hovered ? 1 : 0
+        color: closeHover.hovered ? "#ff5f57"
+                                  : Qt.rgba(system.windowText.r, system.windowText.g,
+                                            system.windowText.b, 0.25)
+        Accessible.role: Accessible.Button
         Accessible.name: qsTranslate("Narv", "Close")
-        background: Rectangle {
-            radius: width / 2
-            color: close.hovered ? "#ff5f57"
-                                 : Qt.rgba(system.windowText.r, system.windowText.g,
-                                           system.windowText.b, 0.25)
-        }
-        contentItem: Text {
+        Accessible.onPressAction: WaterPanel.closeAction()
+
+        Text {
+            anchors.fill: parent
             text: "×"
-            color: close.hovered ? "#4d0000" : system.window
+            color: closeHover.hovered ? "#4d0000" : system.window
             font.pixelSize: 12
             font.bold: true
             horizontalAlignment: Text.AlignHCenter
             verticalAlignment: Text.AlignVCenter
         }
-        onClicked: WaterPanel.closeAction()
+
+        HoverHandler {
+            id: closeHover
+        }
+
+        TapHandler {
+            gesturePolicy: TapHandler.ReleaseWithinBounds
+            // A press that turns into a drag stays the button's: it does not
+            // move the panel.
+            grabPermissions: PointerHandler.TakeOverForbidden
+            onTapped: WaterPanel.closeAction()
+        }
 
         Behavior on opacity {
             NumberAnimation {

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Narv.Windows
 
 // The content of every break window: the prompt, the break countdown, the
@@ -127,31 +126,38 @@ Rectangle {
             }
 
             // Absent, not just disabled, when the break may not be skipped: a
-            // hidden item takes no room in the row and gets no clicks.
-            T.Button {
+            // hidden item takes no room in the row and gets no clicks. A capsule
+            // of our own rather than a Qt Quick Controls button: the controls'
+            // library would stay in the process for the rest of its life. It
+            // takes no keyboard focus: Return and Space belong to nobody during
+            // a break.
+            Rectangle {
                 id: skip
                 objectName: "skip"
                 visible: root.promptState.showSkipButton
-                // Return and Space belong to nobody during a break.
-                focusPolicy: Qt.NoFocus
-                topPadding: 8
-                bottomPadding: 8
-                leftPadding: 16
-                rightPadding: 16
-                implicitWidth: implicitContentWidth + leftPadding + rightPadding
-                implicitHeight: implicitContentHeight + topPadding + bottomPadding
-                text: qsTranslate("Narv", "Skip")
-                contentItem: Text {
-                    text: skip.text
+                implicitWidth: skipLabel.implicitWidth + 32
+                implicitHeight: skipLabel.implicitHeight + 16
+                radius: height / 2
+                color: skipTap.pressed ? Qt.darker(root.accent, 1.2) : root.accent
+                Accessible.role: Accessible.Button
+                Accessible.name: skipLabel.text
+                Accessible.onPressAction: root.skipAction()
+
+                Text {
+                    id: skipLabel
+                    anchors.centerIn: parent
+                    text: qsTranslate("Narv", "Skip")
                     color: "white"
                     font.pixelSize: 17
                     font.bold: true
                 }
-                background: Rectangle {
-                    radius: height / 2
-                    color: skip.down ? Qt.darker(root.accent, 1.2) : root.accent
+
+                // Like a button: the click counts where the press ends on it.
+                TapHandler {
+                    id: skipTap
+                    gesturePolicy: TapHandler.ReleaseWithinBounds
+                    onTapped: root.skipAction()
                 }
-                onClicked: root.skipAction()
             }
         }
     }

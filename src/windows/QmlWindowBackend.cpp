@@ -49,6 +49,44 @@ QPropertyAnimation *fadeOf(QWindow *window)
     return fade;
 }
 
+// Qt Quick's software renderer keeps a window's backing store (for a 1280×800
+// screen, 4 MiB of memory shared with the X server) until the window itself is
+// deleted. The break windows and the panels are kept from one showing to the
+// next, so hidden they would hold it for the rest of the program's life. Drawn
+// once more at one pixel while hidden, a window's store is cut down to that
+// size; the first frame of its next showing grows it back. The window, its X
+// window and its scene stay as they are.
+void releaseBackingStore(QQuickWindow *window)
+{
+    // Shown again before this came round: it needs its store.
+    if (window->isVisible())
+        return;
+    // The other renderers keep their buffers elsewhere, and drawing a hidden
+    // window there would mean setting up a whole offscreen pipeline.
+    if (window->rendererInterface()->graphicsApi() != QSGRendererInterface::Software)
+        return;
+    const QSize size = window->size();
+    if (size == QSize(1, 1))
+        return;
+    window->resize(1, 1);
+    window->grabWindow();
+    window->resize(size);
+}
+
+// Releases the window's backing store whenever it is hidden, however that
+// happened (a fade's end, the window manager's close button). Queued: the
+// window is still on its way out while it reports the change.
+void releaseWhenHidden(QQuickWindow *window)
+{
+    QObject::connect(
+        window, &QWindow::visibleChanged, window,
+        [window](bool visible) {
+            if (!visible)
+                releaseBackingStore(window);
+        },
+        Qt::QueuedConnection);
+}
+
 bool isFadingOut(QWindow *window)
 {
     auto *fade = window->findChild<QPropertyAnimation *>(QLatin1String(kFadeName),
@@ -136,6 +174,7 @@ QQuickView *QmlWindowBackend::makeView(const QString &qmlFile)
     view->setResizeMode(QQuickView::SizeRootObjectToView);
     view->setColor(QGuiApplication::palette().color(QPalette::Window));
     view->setSource(QUrl(moduleUrl(qmlFile)));
+    releaseWhenHidden(view);
     if (view->status() != QQuickView::Ready) {
         // An empty window is still better than none: it covers the screen and
         // the break ends on time, since the countdown does not depend on it.
@@ -280,6 +319,7 @@ QQuickView *QmlWindowBackend::preferencesWindow()
     m_preferences->setColor(QGuiApplication::palette().color(QPalette::Window));
     m_preferences->setResizeMode(QQuickView::SizeRootObjectToView);
     m_preferences->setSource(QUrl(QStringLiteral("qrc:/Narv/Preferences/PreferencesView.qml")));
+    releaseWhenHidden(m_preferences);
     for (const QQmlError &error : m_preferences->errors())
         LOG_ERROR(QStringLiteral("PreferencesView.qml: %1").arg(error.toString()));
 
@@ -330,6 +370,7 @@ QQuickView *QmlWindowBackend::waterWindow()
     m_water->setResizeMode(QQuickView::SizeRootObjectToView);
     m_water->setInitialProperties({{QStringLiteral("translucent"), translucent}});
     m_water->setSource(QUrl(QStringLiteral("qrc:/Narv/Water/WaterView.qml")));
+    releaseWhenHidden(m_water);
     for (const QQmlError &error : m_water->errors())
         LOG_ERROR(QStringLiteral("WaterView.qml: %1").arg(error.toString()));
 

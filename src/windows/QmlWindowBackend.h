@@ -20,7 +20,8 @@ class WindowHints;
 // The QML engine is made when the first window is needed: most of the time
 // Narv is a tray item and nothing more, and should cost no more than one.
 // Break windows are found again by their title (the screen's name), made once
-// and kept; between breaks they are only hidden.
+// and kept; between breaks they are only hidden, and like every window here
+// they give their backing store back while hidden.
 class QmlWindowBackend : public WindowBackend {
 public:
     QmlWindowBackend();

@@ -5,7 +5,7 @@
 # keyboard focus; "Skip" clicked with xdotool ends the break and work starts
 # again; the next break reuses the same windows; a forced long break has no
 # "Skip", and its water reminder promotion ends it; at the end of a break the
-# windows go, and are kept for the next one.
+# windows go, and are kept for the next one without their backing stores.
 #
 #   tests/e2e/break_windows.sh path/to/narv
 #   NARV_SCREENSHOT=out.png tests/e2e/break_windows.sh path/to/narv   also keeps
@@ -112,6 +112,8 @@ ok "a break window has the keyboard focus"
 capsules() { shot && blue_on left | grep -q capsule && blue_on right | grep -q capsule; }
 wait_for 10 capsules || fail "no Skip capsule on both monitors"
 ok "Skip on both monitors"
+! grep -q libQt6QuickTemplates2 "/proc/$pid/maps" || fail "Qt Quick Controls are loaded for a break"
+ok "a break loads no Qt Quick Controls"
 if [[ -n ${NARV_SCREENSHOT:-} ]]; then
     python3 "$here/xshot.py" png "$home/shot.xwd" "$NARV_SCREENSHOT"
 fi
@@ -157,6 +159,13 @@ wait_for 10 gone || fail "the break windows stay after the break"
 [[ $(windows_of left) == "$left" && $(windows_of right) == "$right" ]] ||
     fail "the closed break windows were destroyed, not kept"
 ok "the break windows go when the break ends, and are kept for the next"
+
+# Hidden, they keep no backing store: a 1280x800 window's would be 4000 KiB of
+# memory shared with the X server. What is left is the settings window's.
+shmem_kib() { awk '/^RssShmem:/ { print $2 }' "/proc/$pid/status"; }
+small_shmem() { [[ $(shmem_kib) -lt 2000 ]]; }
+wait_for 5 small_shmem || fail "the hidden break windows keep $(shmem_kib) KiB of shared memory"
+ok "the hidden break windows give their pixels back"
 
 kill -TERM "$pid"
 wait "$pid" && status=0 || status=$?

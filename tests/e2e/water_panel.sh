@@ -5,7 +5,7 @@
 # corner of the primary monitor, above other windows, on every desktop and
 # borderless; "Done", clicked with xdotool, adds the chosen amount to the
 # settings file and to the menu's item and closes the panel; the item toggles
-# the same window in and out.
+# the same window in and out; hidden, the panel keeps no backing store.
 #
 #   tests/e2e/water_panel.sh path/to/narv
 #   NARV_SCREENSHOT=out.png tests/e2e/water_panel.sh path/to/narv   also keeps
@@ -137,6 +137,15 @@ click_water_item
 wait_for 10 gone || fail "the water item did not close the panel"
 [[ $(log | grep -c "create water window$") -eq 1 ]] || fail "the water window was made more than once"
 ok "the water item toggles the one panel"
+
+# --- what the closed panel leaves in the process: not its backing store (the
+# window's pixels, shared with the X server), and not Qt Quick Controls, whose
+# library would have come with a stock button
+shmem_kib() { awk '/^RssShmem:/ { print $2 }' "/proc/$pid/status"; }
+small_shmem() { [[ $(shmem_kib) -lt 100 ]]; }
+wait_for 5 small_shmem || fail "the hidden panel keeps $(shmem_kib) KiB of shared memory"
+! grep -q libQt6QuickTemplates2 "/proc/$pid/maps" || fail "Qt Quick Controls are loaded"
+ok "the hidden panel gives its pixels back, and no Qt Quick Controls were loaded"
 
 kill -TERM "$pid"
 wait "$pid" && status=0 || status=$?

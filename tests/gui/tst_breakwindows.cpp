@@ -1,10 +1,12 @@
 // The Qt Quick window backend on the offscreen platform: the engine made on
 // first need, one window per screen found again by title, the fades, closing
-// twice, a break that starts while the last one fades out, and About.
+// twice, a break that starts while the last one fades out, the backing stores
+// given back between breaks, and About.
 // Runs on a private X server with two monitors, "left" and "right"
 // (tests/run-on-xvfb); the program as a whole is tests/e2e/break_windows.sh.
 
 #include "TestSupport.h"
+#include "gui/ProcessMemory.h"
 
 #include "app/AppInfo.h"
 #include "app/AppState.h"
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void aBreakDuringTheFadeOutStaysShown();
     void closingWithoutABreakShowsNothing();
     void screensComingAndGoing();
+    void hiddenWindowsKeepNoBackingStore();
     void aboutWindow();
 
 private:
@@ -204,6 +207,46 @@ void TestBreakWindows::screensComingAndGoing()
     QCOMPARE(m_backend->breakWindow(QGuiApplication::screens().at(1)), right);
     QVERIFY(right->isVisible());
     QCOMPARE(right->geometry(), QRect(1280, 0, 1280, 800));
+}
+
+void TestBreakWindows::hiddenWindowsKeepNoBackingStore()
+{
+    const long before = ProcessMemory::sharedKiB();
+    QVERIFY(before >= 0);
+    m_backend->showBreak();
+    const QList<QQuickView *> windows = m_backend->breakWindows();
+    QCOMPARE(windows.size(), 2);
+    QList<WId> ids;
+    for (QQuickView *window : windows) {
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        ids << window->winId();
+    }
+    // Two screens of 1280×800: their windows' pixels, shared with the X server.
+    const long screens = 2 * ProcessMemory::backingStoreKiB(1280, 800);
+    QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before >= screens, kFadeWait);
+
+    m_backend->closeBreak();
+    for (QQuickView *window : windows)
+        QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), kFadeWait);
+    // Hidden, they give the memory back...
+    QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before < 64, kFadeWait);
+    // ...but stay what they were: the same windows, at their screens' size.
+    QCOMPARE(m_backend->breakWindows(), windows);
+    for (qsizetype i = 0; i < windows.size(); ++i) {
+        QCOMPARE(windows.at(i)->winId(), ids.at(i));
+        QCOMPARE(windows.at(i)->size(), QSize(1280, 800));
+        QCOMPARE(windows.at(i)->rootObject()->size(), QSizeF(1280, 800));
+    }
+
+    // The next break draws them whole again.
+    m_backend->showBreak();
+    QCOMPARE(m_backend->breakWindows(), windows);
+    for (QQuickView *window : windows) {
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QCOMPARE(window->geometry(), window->screen()->geometry());
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before >= screens, kFadeWait);
+    QTRY_COMPARE_WITH_TIMEOUT(windows.first()->opacity(), 1.0, kFadeWait);
 }
 
 void TestBreakWindows::aboutWindow()
