@@ -6,6 +6,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtGlobal>
@@ -43,6 +45,21 @@ private:
     std::optional<QTemporaryDir> m_dir;
     QString m_path;
 };
+
+// The whole file; empty when it cannot be read.
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Replaces the file with `text`, making its folder first.
+inline bool writeFile(const QString &path, const QByteArray &text)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size();
+}
 
 // Child modes: a test program calls runChildMode() first thing in main(); when
 // started with "--child NAME" it runs that function and exits with its result.

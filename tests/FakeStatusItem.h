@@ -1,0 +1,40 @@
+#pragma once
+
+// The status item as what it was told last: its title, the pause item, and
+// how often its menu changed.
+
+#include "statusbar/StatusBarController.h"
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+
+class FakeStatusItem : public StatusItemBackend {
+public:
+    // The status item is built on first use; it will be one of these, and
+    // `*made` points at it from then on.
+    static void installFactory(FakeStatusItem **made)
+    {
+        StatusBarController::setBackendFactory([made] {
+            auto item = std::make_unique<FakeStatusItem>();
+            *made = item.get();
+            return item;
+        });
+    }
+
+    void setTitle(const QString &text) override { title = text; }
+    void setPauseItem(const QString &image, const QString &text) override
+    {
+        pauseImage = image;
+        pauseTitle = text;
+    }
+    void menuLayoutChanged() override { ++layoutChanges; }
+    void menuItemChanged(int id) override { changedItems.append(id); }
+
+    QString title;
+    QString pauseImage;
+    QString pauseTitle;
+    int layoutChanges = 0;
+    QList<int> changedItems;
+};
