@@ -1,8 +1,7 @@
-# What keeps the program small: the log file's date without ICU on most days,
-# Qt Quick loaded only at the first window (the real binary), the status
-# item's bus connection on the main thread and the interfaces it serves.
-
-narv_add_core_test(tst_logdate core/tst_logdate.cpp)
+# What keeps the program small: Qt Quick loaded only at the first window (the
+# real binary), the status item's bus connection on the main thread and the
+# interfaces it serves. (The log file's date without ICU on most days is in
+# tst_logging.)
 
 # The item and its menu against their checked-in interface files, over a
 # private session bus.

@@ -2,11 +2,11 @@
 // program did not write, lists, dates as text, changes made by another process,
 // and the side effects of the settings that have one.
 
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
 #include "app/Clock.h"
-#include "app/Log.h"
 #include "app/LoginItem.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
@@ -18,7 +18,6 @@
 #include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSaveFile>
@@ -42,22 +41,6 @@ public:
     bool fail = false;
 };
 
-void writeSettingsFile(const QString &path, const QByteArray &text)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(text);
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly))
-        return {};
-    return f.readAll();
-}
-
 QDateTime local(int y, int mo, int d, int h, int mi, int s = 0)
 {
     return QDateTime(QDate(y, mo, d), QTime(h, mi, s));
@@ -68,309 +51,250 @@ QDateTime local(int y, int mo, int d, int h, int mi, int s = 0)
 class TestSettings : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
-
-    void defaultsWithNothingStored();
-    void readingNeverWritesBack();
-    void badAndForeignValuesReadAsDefaults();
-    void handWrittenValuesAreRead();
-    void stringListsRoundTripThroughTheFile_data();
-    void stringListsRoundTripThroughTheFile();
-    void externalEditsAreNoticed();
-    void dateAsText();
-    void newDayFollowsTheCalendarDay();
-    void launchAtLoginRegistersEveryTimeAndSurvivesFailure();
-    void workTimeRestartsWorkUnlessPaused();
-    void showTimeRefreshesTheTitle();
-    void styleListsPerStyle();
-
-private:
     std::optional<ScratchHome> m_home;
     ManualTickSource m_ticks;
     FakeLoginItem m_loginItem;
     PreferencesStore &store() { return PreferencesStore::instance(); }
     PrefState *pref() { return AppState::prefState(); }
+
+    void writeSettingsFile(const QByteArray &text)
+    {
+        QVERIFY(TestSupport::writeFile(m_home->settingsFile(), text));
+        store().reload();
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_home.emplace();
+        TicktackController::setTimer(&m_ticks);
+        LoginItems::setCurrent(&m_loginItem);
+        QCOMPARE(store().filePath(), m_home->settingsFile());
+    }
+
+    void init()
+    {
+        store().clear();
+        AppState::setManualPause(false);
+        m_loginItem.calls.clear();
+        m_loginItem.fail = false;
+    }
+
+    void cleanup() { Clock::setNowSource({}); }
+
+    // Read as the defaults, and never written back by reading.
+    void badAndForeignValuesReadAsDefaults()
+    {
+        writeSettingsFile("[General]\n"
+                          "pref.work.time=abc\n"
+                          "pref.break.time=12.5\n"
+                          "show_time_in_status_bar=maybe\n"
+                          "force_long_break=2\n"
+                          "last_weakup_timestamp=yesterday\n"
+                          "break_prompt_text=\"a\", \"b\"\n"
+                          "break_style=7\n"
+                          "break_prompt_list_0=@ByteArray(xyz)\n"
+                          "pref.short.break.times=@Variant(\\0\\0\\0\\x7f\\0\\0\\0\\0)\n");
+        const QByteArray before = TestSupport::readFile(m_home->settingsFile());
+        PrefState *p = pref();
+        QCOMPARE(p->workTime(), 25);
+        QCOMPARE(p->breakTime(), 300);
+        QCOMPARE(p->showTime(), true);
+        QCOMPARE(p->forceLongBreak(), false);
+        QCOMPARE(p->lastWeakupTimestamp(), 0.0);
+        QCOMPARE(p->breakPrompt(), PrefState::defaultBreakPrompt());
+        QCOMPARE(p->styleState()->breakStyle(), BreakStyle::default_);
+        QCOMPARE(p->styleState()->promptList(), BreakStyles::prompts(BreakStyle::default_));
+        QCOMPARE(p->shortBreakTimes(), 4);
+        QCOMPARE(p->customBreakPrompt(), false); // not in the file
+        QVERIFY(p->isNewDay());
+        QCOMPARE(TestSupport::readFile(m_home->settingsFile()), before);
+        QVERIFY(!store().contains(QStringLiteral("custom_break_prompt")));
+    }
+
+    void handWrittenValuesAreRead()
+    {
+        writeSettingsFile("[General]\n"
+                          "pref.work.time= 30\n"
+                          "show_time_in_status_bar=False\n"
+                          "last_weakup_timestamp=1763800000.5\n"
+                          "break_prompt_text=\"Stand up, stretch\"\n"
+                          "break_style=2\n");
+        PrefState *p = pref();
+        QCOMPARE(p->workTime(), 30);
+        QCOMPARE(p->showTime(), false);
+        QCOMPARE(p->lastWeakupTimestamp(), 1763800000.5);
+        QCOMPARE(p->breakPrompt(), QStringLiteral("Stand up, stretch"));
+        QCOMPARE(p->styleState()->breakStyle(), BreakStyle::struggle);
+    }
+
+    void stringListsRoundTripThroughTheFile_data()
+    {
+        QTest::addColumn<QStringList>("list");
+        QTest::newRow("empty") << QStringList{};
+        QTest::newRow("one") << QStringList{QStringLiteral("only")};
+        QTest::newRow("one empty text") << QStringList{QString()};
+        QTest::newRow("commas, quotes, at-signs, lines") << QStringList{
+            QStringLiteral("a, b"), QStringLiteral("\"q\""), QStringLiteral("@Invalid()"),
+            QStringLiteral("two\nlines"), QStringLiteral(" padded ")};
+        QTest::newRow("built-in texts") << BreakStyles::prompts(BreakStyle::relaxation);
+    }
+
+    void stringListsRoundTripThroughTheFile()
+    {
+        QFETCH(QStringList, list);
+        const QString key = QStringLiteral("break_prompt_list_0");
+        store().setStringList(key, list);
+        QCOMPARE(store().stringList(key), std::optional<QStringList>(list));
+        // A fresh process parses the file instead of seeing this process's cache.
+        const auto child =
+            TestSupport::runChild(QStringLiteral("read-list"), m_home->path(), {key});
+        QCOMPARE(child.exitCode, 0);
+        QStringList back;
+        for (const auto &v : QJsonDocument::fromJson(child.out).array())
+            back.append(v.toString());
+        QCOMPARE(back, list);
+    }
+
+    void externalEditsAreNoticed()
+    {
+        pref()->setBreakTime(120);
+        QSignalSpy workSpy(pref(), &PrefState::breakTimeChanged);
+        QSignalSpy storeSpy(&store(), &PreferencesStore::changed);
+
+        // Editors replace the file (write elsewhere, rename over it).
+        QByteArray text = TestSupport::readFile(m_home->settingsFile());
+        text.replace("pref.break.time=120", "pref.break.time=45");
+        {
+            QSaveFile f(m_home->settingsFile());
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(text);
+            QVERIFY(f.commit());
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(pref()->breakTime(), 45, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(workSpy.count() >= 1, 5000);
+        QVERIFY(storeSpy.contains(QVariantList{QStringLiteral("pref.break.time")}));
+
+        // And a second edit, in place this time, is still seen after the rename
+        // dropped the file from the watcher.
+        workSpy.clear();
+        QTest::qWait(1100); // a different modification time than the last edit
+        text.replace("pref.break.time=45", "pref.break.time=50");
+        QVERIFY(TestSupport::writeFile(m_home->settingsFile(), text));
+        QTRY_COMPARE_WITH_TIMEOUT(pref()->breakTime(), 50, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(workSpy.count() >= 1, 5000);
+    }
+
+    void dateAsText()
+    {
+        const QDateTime when = QDateTime::fromMSecsSinceEpoch(1763800000250);
+        const QString text = DateText::fromDate(when);
+        QCOMPARE(text, QStringLiteral("1763800000.25"));
+        QCOMPARE(DateText::toDate(text), when);
+        QCOMPARE(DateText::fromDate(QDateTime::fromMSecsSinceEpoch(0)), QStringLiteral("0"));
+        QCOMPARE(DateText::toDate(QStringLiteral("abc")).toMSecsSinceEpoch(), 0);
+        QCOMPARE(DateText::toDate(QString()).toMSecsSinceEpoch(), 0);
+    }
+
+    void newDayFollowsTheCalendarDay()
+    {
+        PrefState *p = pref();
+        QVERIFY(p->isNewDay()); // never locked
+
+        QDateTime now = local(2026, 11, 22, 0, 1);
+        Clock::setNowSource([&now] { return now; });
+
+        p->setLastWeakupTimestamp(local(2026, 11, 21, 23, 59).toSecsSinceEpoch());
+        QVERIFY(p->isNewDay()); // two minutes earlier, but yesterday
+
+        p->setLastWeakupTimestamp(local(2026, 11, 22, 0, 0, 30).toSecsSinceEpoch());
+        now = local(2026, 11, 22, 23, 59);
+        QVERIFY(!p->isNewDay()); // almost a day earlier, but today
+
+        now = local(2026, 11, 22, 8, 15, 30).addMSecs(125);
+        p->updateWeakupTimestamp();
+        QCOMPARE(p->lastWeakupTimestamp(), double(now.toMSecsSinceEpoch()) / 1000.0);
+        QVERIFY(!p->isNewDay());
+        now = now.addDays(1);
+        QVERIFY(p->isNewDay());
+    }
+
+    void launchAtLoginRegistersEveryTimeAndSurvivesFailure()
+    {
+        const int warnings = LogTail::count("warning app.narv.Narv : SMAppService error: \n");
+        PrefState *p = pref();
+        p->setLaunchAtLogin(true);
+        p->setLaunchAtLogin(true);
+        p->setLaunchAtLogin(false);
+        QCOMPARE(m_loginItem.calls, (QList<bool>{true, true, false}));
+
+        m_loginItem.fail = true;
+        p->setLaunchAtLogin(true);
+        QCOMPARE(p->launchAtLogin(), true);
+
+        LoginItems::setCurrent(nullptr);
+        p->setLaunchAtLogin(false);
+        QCOMPARE(p->launchAtLogin(), false);
+        LoginItems::setCurrent(&m_loginItem);
+        QCOMPARE(LogTail::count("warning app.narv.Narv : SMAppService error: \n"), warnings + 2);
+    }
+
+    void workTimeRestartsWorkUnlessPaused()
+    {
+        TicktackState *work = AppState::workState();
+        AppState::setWorking(true);
+        m_ticks.advance(3);
+        QCOMPARE(work->timeString(), QStringLiteral("24:57"));
+
+        pref()->setWorkTime(30);
+        QCOMPARE(work->timeString(), QStringLiteral("30:00"));
+        QVERIFY(TicktackController::isRunning());
+
+        AppState::setManualPause(true);
+        QVERIFY(!TicktackController::isRunning());
+        pref()->setWorkTime(10);
+        QVERIFY(!TicktackController::isRunning());
+        QCOMPARE(work->timeString(), QStringLiteral("30:00"));
+        QCOMPARE(pref()->workTime(), 10);
+
+        AppState::setManualPause(false);
+        QCOMPARE(work->timeString(), QStringLiteral("10:00"));
+    }
+
+    void showTimeRefreshesTheTitle()
+    {
+        StatusBarController::item();
+        AppState::setWorking(true);
+        QCOMPARE(StatusBarController::title(), QStringLiteral("25:00"));
+        pref()->setShowTime(false);
+        QCOMPARE(StatusBarController::title(), QString());
+        m_ticks.advance(1);
+        QCOMPARE(StatusBarController::title(), QString());
+        pref()->setShowTime(true);
+        QCOMPARE(StatusBarController::title(), QStringLiteral("24:59"));
+    }
+
+    void styleListsPerStyle()
+    {
+        PrefStyleState *style = pref()->styleState();
+        style->setBreakStyle(BreakStyle::relaxation);
+        QCOMPARE(style->promptListKey(), QStringLiteral("break_prompt_list_1"));
+        QCOMPARE(style->promptList(), BreakStyles::prompts(BreakStyle::relaxation));
+        QCOMPARE(style->newDayPromptList(), BreakStyles::newDayPrompts(BreakStyle::relaxation));
+
+        style->setPromptList({QStringLiteral("mine")});
+        style->setNewDayPromptList({});
+        QCOMPARE(style->promptList(), QStringList{QStringLiteral("mine")});
+        QCOMPARE(style->newDayPromptList(), QStringList{});
+
+        // Each style keeps its own pair of lists.
+        style->setBreakStyle(BreakStyle::struggle);
+        QCOMPARE(style->promptListKey(), QStringLiteral("break_prompt_list_2"));
+        QCOMPARE(style->promptList(), BreakStyles::prompts(BreakStyle::struggle));
+        style->setBreakStyle(BreakStyle::relaxation);
+        QCOMPARE(style->promptList(), QStringList{QStringLiteral("mine")});
+    }
 };
-
-void TestSettings::initTestCase()
-{
-    m_home.emplace();
-    TicktackController::setTimer(&m_ticks);
-    LoginItems::setCurrent(&m_loginItem);
-    QCOMPARE(store().filePath(), m_home->settingsFile());
-}
-
-void TestSettings::init()
-{
-    store().clear();
-    AppState::setManualPause(false);
-    m_loginItem.calls.clear();
-    m_loginItem.fail = false;
-}
-
-void TestSettings::cleanup()
-{
-    Clock::setNowSource({});
-}
-
-void TestSettings::defaultsWithNothingStored()
-{
-    PrefState *p = pref();
-    QCOMPARE(p->launchAtLogin(), false);
-    QCOMPARE(p->showTime(), true);
-    QCOMPARE(p->autoCheckUpdate(), true);
-    QCOMPARE(p->workTime(), 25);
-    QCOMPARE(p->breakTime(), 300);
-    QCOMPARE(p->customBreakPrompt(), false);
-    QCOMPARE(p->breakPrompt(), QStringLiteral("堂堂七尺少年郎, 躺上一躺又何妨"));
-    QCOMPARE(p->shortBreakTimes(), 4);
-    QCOMPARE(p->longBreakTime(), 15);
-    QCOMPARE(p->forceLongBreak(), false);
-    QCOMPARE(p->restartTimerAfterAwake(), true);
-    QCOMPARE(p->stopTimerAfterMouseStop(), true);
-    QCOMPARE(p->showNewDayTip(), false);
-    QCOMPARE(p->lastWeakupTimestamp(), 0.0);
-    QCOMPARE(p->styleState()->breakStyle(), BreakStyle::default_);
-}
-
-void TestSettings::readingNeverWritesBack()
-{
-    writeSettingsFile(m_home->settingsFile(), "[General]\npref.work.time=abc\n");
-    store().reload();
-    const QByteArray before = readFile(m_home->settingsFile());
-    PrefState *p = pref();
-    (void)p->workTime();
-    (void)p->showTime();
-    (void)p->breakPrompt();
-    (void)p->styleState()->promptList();
-    (void)p->isNewDay();
-    QCOMPARE(readFile(m_home->settingsFile()), before);
-    QVERIFY(!store().contains(QStringLiteral("show_time_in_status_bar")));
-}
-
-void TestSettings::badAndForeignValuesReadAsDefaults()
-{
-    writeSettingsFile(m_home->settingsFile(),
-                      "[General]\n"
-                      "pref.work.time=abc\n"
-                      "pref.break.time=12.5\n"
-                      "show_time_in_status_bar=maybe\n"
-                      "force_long_break=2\n"
-                      "last_weakup_timestamp=yesterday\n"
-                      "break_prompt_text=\"a\", \"b\"\n"
-                      "break_style=7\n"
-                      "break_prompt_list_0=@ByteArray(xyz)\n"
-                      "pref.short.break.times=@Variant(\\0\\0\\0\\x7f\\0\\0\\0\\0)\n");
-    store().reload();
-    PrefState *p = pref();
-    QCOMPARE(p->workTime(), 25);
-    QCOMPARE(p->breakTime(), 300);
-    QCOMPARE(p->showTime(), true);
-    QCOMPARE(p->forceLongBreak(), false);
-    QCOMPARE(p->lastWeakupTimestamp(), 0.0);
-    QCOMPARE(p->breakPrompt(), PrefState::defaultBreakPrompt());
-    QCOMPARE(p->styleState()->breakStyle(), BreakStyle::default_);
-    QCOMPARE(p->styleState()->promptList(), BreakStyles::prompts(BreakStyle::default_));
-    QCOMPARE(p->shortBreakTimes(), 4);
-}
-
-void TestSettings::handWrittenValuesAreRead()
-{
-    writeSettingsFile(m_home->settingsFile(), "[General]\n"
-                                              "pref.work.time= 30\n"
-                                              "show_time_in_status_bar=False\n"
-                                              "last_weakup_timestamp=1763800000.5\n"
-                                              "break_prompt_text=\"Stand up, stretch\"\n"
-                                              "break_style=2\n");
-    store().reload();
-    PrefState *p = pref();
-    QCOMPARE(p->workTime(), 30);
-    QCOMPARE(p->showTime(), false);
-    QCOMPARE(p->lastWeakupTimestamp(), 1763800000.5);
-    QCOMPARE(p->breakPrompt(), QStringLiteral("Stand up, stretch"));
-    QCOMPARE(p->styleState()->breakStyle(), BreakStyle::struggle);
-}
-
-void TestSettings::stringListsRoundTripThroughTheFile_data()
-{
-    QTest::addColumn<QStringList>("list");
-    QTest::newRow("empty") << QStringList{};
-    QTest::newRow("one") << QStringList{QStringLiteral("only")};
-    QTest::newRow("one empty text") << QStringList{QString()};
-    QTest::newRow("commas, quotes, at-signs, lines") << QStringList{
-        QStringLiteral("a, b"), QStringLiteral("\"q\""), QStringLiteral("@Invalid()"),
-        QStringLiteral("two\nlines"), QStringLiteral(" padded ")};
-    QTest::newRow("built-in texts") << BreakStyles::prompts(BreakStyle::relaxation);
-}
-
-void TestSettings::stringListsRoundTripThroughTheFile()
-{
-    QFETCH(QStringList, list);
-    const QString key = QStringLiteral("break_prompt_list_0");
-    store().setStringList(key, list);
-    QCOMPARE(store().stringList(key), std::optional<QStringList>(list));
-    // A fresh process parses the file instead of seeing this process's cache.
-    const auto child = TestSupport::runChild(QStringLiteral("read-list"), m_home->path(), {key});
-    QCOMPARE(child.exitCode, 0);
-    const QJsonArray read = QJsonDocument::fromJson(child.out).array();
-    QCOMPARE(read.toVariantList().size(), list.size());
-    QStringList back;
-    for (const auto &v : read)
-        back.append(v.toString());
-    QCOMPARE(back, list);
-}
-
-void TestSettings::externalEditsAreNoticed()
-{
-    pref()->setBreakTime(120);
-    QSignalSpy workSpy(pref(), &PrefState::breakTimeChanged);
-    QSignalSpy storeSpy(&store(), &PreferencesStore::changed);
-
-    // Editors replace the file (write elsewhere, rename over it).
-    QByteArray text = readFile(m_home->settingsFile());
-    text.replace("pref.break.time=120", "pref.break.time=45");
-    {
-        QSaveFile f(m_home->settingsFile());
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(text);
-        QVERIFY(f.commit());
-    }
-    QTRY_COMPARE_WITH_TIMEOUT(pref()->breakTime(), 45, 5000);
-    QTRY_VERIFY_WITH_TIMEOUT(workSpy.count() >= 1, 5000);
-    QVERIFY(storeSpy.contains(QVariantList{QStringLiteral("pref.break.time")}));
-
-    // And a second edit, in place this time, is still seen after the rename
-    // dropped the file from the watcher.
-    workSpy.clear();
-    QTest::qWait(1100); // a different modification time than the last edit
-    text.replace("pref.break.time=45", "pref.break.time=50");
-    {
-        QFile f(m_home->settingsFile());
-        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write(text);
-    }
-    QTRY_COMPARE_WITH_TIMEOUT(pref()->breakTime(), 50, 5000);
-    QTRY_VERIFY_WITH_TIMEOUT(workSpy.count() >= 1, 5000);
-}
-
-void TestSettings::dateAsText()
-{
-    const QDateTime when = QDateTime::fromMSecsSinceEpoch(1763800000250);
-    const QString text = DateText::fromDate(when);
-    QCOMPARE(text, QStringLiteral("1763800000.25"));
-    QCOMPARE(DateText::toDate(text), when);
-    QCOMPARE(DateText::fromDate(QDateTime::fromMSecsSinceEpoch(0)), QStringLiteral("0"));
-    QCOMPARE(DateText::toDate(QStringLiteral("abc")).toMSecsSinceEpoch(), 0);
-    QCOMPARE(DateText::toDate(QString()).toMSecsSinceEpoch(), 0);
-}
-
-void TestSettings::newDayFollowsTheCalendarDay()
-{
-    PrefState *p = pref();
-    QVERIFY(p->isNewDay()); // never locked
-
-    QDateTime now = local(2026, 11, 22, 0, 1);
-    Clock::setNowSource([&now] { return now; });
-
-    p->setLastWeakupTimestamp(local(2026, 11, 21, 23, 59).toSecsSinceEpoch());
-    QVERIFY(p->isNewDay()); // two minutes earlier, but yesterday
-
-    p->setLastWeakupTimestamp(local(2026, 11, 22, 0, 0, 30).toSecsSinceEpoch());
-    now = local(2026, 11, 22, 23, 59);
-    QVERIFY(!p->isNewDay()); // almost a day earlier, but today
-
-    now = local(2026, 11, 22, 8, 15, 30).addMSecs(125);
-    p->updateWeakupTimestamp();
-    QCOMPARE(p->lastWeakupTimestamp(), double(now.toMSecsSinceEpoch()) / 1000.0);
-    QVERIFY(!p->isNewDay());
-    now = now.addDays(1);
-    QVERIFY(p->isNewDay());
-}
-
-void TestSettings::launchAtLoginRegistersEveryTimeAndSurvivesFailure()
-{
-    PrefState *p = pref();
-    p->setLaunchAtLogin(true);
-    p->setLaunchAtLogin(true);
-    p->setLaunchAtLogin(false);
-    QCOMPARE(m_loginItem.calls, (QList<bool>{true, true, false}));
-
-    m_loginItem.fail = true;
-    p->setLaunchAtLogin(true);
-    QCOMPARE(p->launchAtLogin(), true);
-
-    LoginItems::setCurrent(nullptr);
-    p->setLaunchAtLogin(false);
-    QCOMPARE(p->launchAtLogin(), false);
-    LoginItems::setCurrent(&m_loginItem);
-
-    const QByteArray log = readFile(m_home->logsFolder() + QStringLiteral("/") +
-                                    QFileInfo(Logger::logfilePath()).fileName());
-    QCOMPARE(log.count("warning app.narv.Narv : SMAppService error: \n"), 2);
-}
-
-void TestSettings::workTimeRestartsWorkUnlessPaused()
-{
-    TicktackState *work = AppState::workState();
-    AppState::setWorking(true);
-    m_ticks.advance(3);
-    QCOMPARE(work->timeString(), QStringLiteral("24:57"));
-
-    pref()->setWorkTime(30);
-    QCOMPARE(work->timeString(), QStringLiteral("30:00"));
-    QVERIFY(TicktackController::isRunning());
-
-    AppState::setManualPause(true);
-    QVERIFY(!TicktackController::isRunning());
-    pref()->setWorkTime(10);
-    QVERIFY(!TicktackController::isRunning());
-    QCOMPARE(work->timeString(), QStringLiteral("30:00"));
-    QCOMPARE(pref()->workTime(), 10);
-
-    AppState::setManualPause(false);
-    QCOMPARE(work->timeString(), QStringLiteral("10:00"));
-}
-
-void TestSettings::showTimeRefreshesTheTitle()
-{
-    StatusBarController::item();
-    AppState::setWorking(true);
-    QCOMPARE(StatusBarController::title(), QStringLiteral("25:00"));
-    pref()->setShowTime(false);
-    QCOMPARE(StatusBarController::title(), QString());
-    m_ticks.advance(1);
-    QCOMPARE(StatusBarController::title(), QString());
-    pref()->setShowTime(true);
-    QCOMPARE(StatusBarController::title(), QStringLiteral("24:59"));
-}
-
-void TestSettings::styleListsPerStyle()
-{
-    PrefStyleState *style = pref()->styleState();
-    style->setBreakStyle(BreakStyle::relaxation);
-    QCOMPARE(style->promptListKey(), QStringLiteral("break_prompt_list_1"));
-    QCOMPARE(style->promptList(), BreakStyles::prompts(BreakStyle::relaxation));
-    QCOMPARE(style->newDayPromptList(), BreakStyles::newDayPrompts(BreakStyle::relaxation));
-
-    style->setPromptList({QStringLiteral("mine")});
-    style->setNewDayPromptList({});
-    QCOMPARE(style->promptList(), QStringList{QStringLiteral("mine")});
-    QCOMPARE(style->newDayPromptList(), QStringList{});
-
-    // Each style keeps its own pair of lists.
-    style->setBreakStyle(BreakStyle::struggle);
-    QCOMPARE(style->promptListKey(), QStringLiteral("break_prompt_list_2"));
-    QCOMPARE(style->promptList(), BreakStyles::prompts(BreakStyle::struggle));
-    style->setBreakStyle(BreakStyle::relaxation);
-    QCOMPARE(style->promptList(), QStringList{QStringLiteral("mine")});
-
-    QVERIFY(!BreakStyles::fromRawValue(3));
-    QVERIFY(!BreakStyles::fromRawValue(-1));
-    QCOMPARE(BreakStyles::fromRawValue(2), std::optional(BreakStyle::struggle));
-}
 
 int main(int argc, char **argv)
 {

@@ -1,18 +1,16 @@
 // The water reminder's settings and schedule, with an injected clock.
 
+#include "FakeWindows.h"
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
 #include "app/Clock.h"
 #include "app/DelayedTask.h"
-#include "app/Log.h"
-#include "settings/DateText.h"
 #include "settings/PrefWaterState.h"
 #include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
-#include "windows/WindowController.h"
 
-#include <QFile>
 #include <QTest>
 
 #include <cmath>
@@ -20,30 +18,6 @@
 using TestSupport::ScratchHome;
 
 namespace {
-class FakeWindows : public WindowBackend {
-public:
-    void showBreak() override {}
-    void closeBreak() override {}
-    void showAbout() override {}
-    void showPrefView() override {}
-    void showWaterView() override
-    {
-        ++waterShown;
-        finishedWhenShown = AppState::waterState()->finished();
-    }
-    int waterShown = 0;
-    qint64 finishedWhenShown = -1; // ml
-};
-
-QString waterItemTitle()
-{
-    for (const auto &item : StatusBarController::menu()) {
-        if (item.tag == int(StatusBarController::Tag::water))
-            return item.title;
-    }
-    return {};
-}
-
 QDateTime at(int h, int m, int s = 0, int ms = 0)
 {
     return QDateTime(QDate(2026, 11, 23), QTime(h, m, s, ms));
@@ -57,9 +31,11 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_home.emplace();
-        auto windows = std::make_unique<FakeWindows>();
-        m_windows = windows.get();
-        WindowController::setBackend(std::move(windows));
+        m_windows = &FakeWindows::install();
+        m_windows->onCall = [this](const QString &call) {
+            if (call == QLatin1String("showWaterView"))
+                m_finishedWhenShown = AppState::waterState()->finished();
+        };
         Clock::setNowSource([this] { return m_now; });
         // The armed job keeps its deadline on the monotonic clock; both clocks
         // are stepped together, from 10:00 on the test's day.
@@ -71,8 +47,8 @@ private Q_SLOTS:
         PreferencesStore::instance().clear();
         m_now = at(10, 0);
         m_water.emplace(PreferencesStore::instance());
-        m_windows->waterShown = 0;
-        m_windows->finishedWhenShown = -1;
+        m_windows->calls.clear();
+        m_finishedWhenShown = -1;
     }
 
     // Moves both clocks to `moment` and lets the armed job see whether it is due,
@@ -86,23 +62,14 @@ private Q_SLOTS:
 
     void cleanup() { m_water.reset(); }
 
+    // What the settings window does not show.
     void defaultsWithNothingStored()
     {
-        PrefWaterState &w = *m_water;
-        QCOMPARE(w.enable(), false);
-        QCOMPARE(w.target(), 1500);
-        QCOMPARE(w.mode(), PrefWaterState::Mode::interval);
-        QCOMPARE(w.intervalStartDate().time(), QTime(7, 0));
-        QCOMPARE(w.intervalEndDate().time(), QTime(20, 0));
-        QCOMPARE(w.selectedInterval(), 15);
-        QCOMPARE(w.finished(), 0);
-        QCOMPARE(w.lastSelectedAmount(), 150);
-        QCOMPARE(w.lastClickTimestamp(), 0.0);
-        QVERIFY(w.isNewDay());
-        QCOMPARE(w.remain(), 1500);
-        QCOMPARE(PrefWaterState::allModes(),
-                 QList<PrefWaterState::Mode>{PrefWaterState::Mode::interval});
-        QVERIFY(!PrefWaterState::modeFromRawValue(2));
+        QCOMPARE(m_water->finished(), 0);
+        QCOMPARE(m_water->lastSelectedAmount(), 150);
+        QCOMPARE(m_water->lastClickTimestamp(), 0.0);
+        QVERIFY(m_water->isNewDay());
+        QCOMPARE(m_water->remain(), 1500);
     }
 
     void workingHoursAreStrictAndDoNotWrap_data()
@@ -122,17 +89,34 @@ private Q_SLOTS:
         QTest::newRow("over midnight, early") << QTime(22, 0) << QTime(6, 0) << at(3, 0) << false;
     }
 
+    // Outside the hours a schedule only logs, and drops a job armed earlier.
     void workingHoursAreStrictAndDoNotWrap()
     {
         QFETCH(QTime, start);
         QFETCH(QTime, end);
         QFETCH(QDateTime, now);
         QFETCH(bool, inside);
+        m_water->schedule(); // at 10:00, inside the default hours
+        QPointer<DelayedTask> earlier = m_water->workItem();
+        QVERIFY(earlier && earlier->isPending());
+        m_water->setLastClickTimestamp(123.0);
         // Stored on another day, with a fraction: only the time of day counts.
         m_water->setIntervalStartDate(QDateTime(QDate(2020, 1, 1), start).addMSecs(400));
         m_water->setIntervalEndDate(QDateTime(QDate(2021, 6, 1), end).addMSecs(400));
         m_now = now;
         QCOMPARE(m_water->inWorkTime(), inside);
+
+        const int logged = LogTail::count(" info app.narv.Narv : Not in work time\n");
+        m_water->schedule();
+        QCOMPARE(LogTail::count(" info app.narv.Narv : Not in work time\n"),
+                 logged + (inside ? 0 : 1));
+        QVERIFY(earlier.isNull() || earlier->isCancelled());
+        QCOMPARE(m_water->workItem() && m_water->workItem()->isPending(), inside);
+        QCOMPARE(m_water->lastClickTimestamp() == 123.0, !inside);
+        if (!inside) {
+            stepTo(now.addDays(1));
+            QCOMPARE(m_windows->count("showWaterView"), 0);
+        }
     }
 
     void scheduleKeepsOneJobCountedFromTheLastCall()
@@ -152,52 +136,15 @@ private Q_SLOTS:
         stepTo(at(10, 15));
         if (first)
             first->checkDeadline();
-        QCOMPARE(m_windows->waterShown, 0);
+        QCOMPARE(m_windows->count("showWaterView"), 0);
         stepTo(at(10, 19, 59, 999));
-        QCOMPARE(m_windows->waterShown, 0);
+        QCOMPARE(m_windows->count("showWaterView"), 0);
         stepTo(at(10, 20));
-        QCOMPARE(m_windows->waterShown, 1);
+        QCOMPARE(m_windows->count("showWaterView"), 1);
         // The job does not arm itself again.
         QVERIFY(!m_water->workItem()->isPending());
         stepTo(at(10, 40));
-        QCOMPARE(m_windows->waterShown, 1);
-    }
-
-    void scheduleOutsideHoursOnlyLogs_data()
-    {
-        QTest::addColumn<QTime>("start");
-        QTest::addColumn<QTime>("end");
-        QTest::addColumn<QDateTime>("now");
-        QTest::newRow("after the end") << QTime(7, 0) << QTime(20, 0) << at(21, 0);
-        QTest::newRow("equal hours") << QTime(12, 0) << QTime(12, 0) << at(12, 0, 0, 1);
-        QTest::newRow("over midnight") << QTime(22, 0) << QTime(6, 0) << at(23, 0);
-    }
-
-    void scheduleOutsideHoursOnlyLogs()
-    {
-        QFETCH(QTime, start);
-        QFETCH(QTime, end);
-        QFETCH(QDateTime, now);
-        m_water->setIntervalStartDate(QDateTime(now.date(), start));
-        m_water->setIntervalEndDate(QDateTime(now.date(), end));
-        // A job armed earlier goes as well.
-        m_water->schedule();
-        QPointer<DelayedTask> earlier = m_water->workItem();
-        m_water->setLastClickTimestamp(123.0);
-        QFile log(Logger::logfilePath());
-        const qint64 logged = log.size(); // 0 before the first line of the run
-
-        m_now = now;
-        m_water->schedule();
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        log.seek(logged);
-        QVERIFY(!m_water->workItem() || !m_water->workItem()->isPending());
-        QVERIFY(!earlier || earlier->isCancelled());
-        QCOMPARE(m_water->lastClickTimestamp(), 123.0);
-        const QByteArray written = log.readAll();
-        QCOMPARE(written.count(" info app.narv.Narv : Not in work time\n"), 1);
-        stepTo(now.addDays(1));
-        QCOMPARE(m_windows->waterShown, 0);
+        QCOMPARE(m_windows->count("showWaterView"), 1);
     }
 
     void aJobArmedBeforeTheEndStillOpensThePanel()
@@ -206,10 +153,10 @@ private Q_SLOTS:
         m_water->schedule();
         QCOMPARE(m_water->workItemDue(), at(20, 5));
         stepTo(at(20, 4, 59, 999));
-        QCOMPARE(m_windows->waterShown, 0);
+        QCOMPARE(m_windows->count("showWaterView"), 0);
         stepTo(at(20, 5));
         QVERIFY(!m_water->inWorkTime());
-        QCOMPARE(m_windows->waterShown, 1);
+        QCOMPARE(m_windows->count("showWaterView"), 1);
     }
 
     void theModeDoesNotChangeTheDelay_data()
@@ -229,9 +176,9 @@ private Q_SLOTS:
         m_water->schedule();
         QCOMPARE(m_water->workItemDue(), at(10, 45));
         stepTo(at(10, 44, 59));
-        QCOMPARE(m_windows->waterShown, 0);
+        QCOMPARE(m_windows->count("showWaterView"), 0);
         stepTo(at(10, 45));
-        QCOMPARE(m_windows->waterShown, 1);
+        QCOMPARE(m_windows->count("showWaterView"), 1);
     }
 
     // The callers that start a new day: the launch and the panel itself.
@@ -258,12 +205,12 @@ private Q_SLOTS:
         m_water->setLastClickTimestamp(yesterday);
         m_water->setFinished(900);
         WindowController::showWaterView();
-        QCOMPARE(m_windows->waterShown, 1);
-        QCOMPARE(m_windows->finishedWhenShown, 0);
+        QCOMPARE(m_windows->count("showWaterView"), 1);
+        QCOMPARE(m_finishedWhenShown, 0);
         // The same day: the tally stays.
         m_water->setFinished(300);
         WindowController::showWaterView();
-        QCOMPARE(m_windows->finishedWhenShown, 300);
+        QCOMPARE(m_finishedWhenShown, 300);
     }
 
     void dailyReset()
@@ -280,9 +227,11 @@ private Q_SLOTS:
                                              [] { return true; }});
         StatusBarController::insetWaterItem();
         m_water->setFinished(600);
-        QCOMPARE(waterItemTitle(), QStringLiteral("Water (40% )"));
+        QCOMPARE(StatusBarController::itemWithTag(StatusBarController::Tag::water)->title,
+                 QStringLiteral("Water (40% )"));
         m_water->reset();
-        QCOMPARE(waterItemTitle(), QStringLiteral("Water (0% )"));
+        QCOMPARE(StatusBarController::itemWithTag(StatusBarController::Tag::water)->title,
+                 QStringLiteral("Water (0% )"));
         StatusBarController::removeWaterItem();
         StatusBarController::setWaterSource({});
         QVERIFY(!m_water->isNewDay());
@@ -304,17 +253,6 @@ private Q_SLOTS:
         QVERIFY(std::isinf(m_water->finishedPrecent()));
         m_water->setFinished(0);
         QVERIFY(std::isnan(m_water->finishedPrecent()));
-    }
-
-    void datesAreStoredAsText()
-    {
-        m_water->setIntervalStartDate(at(8, 30));
-        const QString stored = PreferencesStore::instance().stringValue(
-            QString::fromLatin1(PrefWaterState::intervalStartKey), QString());
-        QCOMPARE(stored, DateText::fromDate(at(8, 30)));
-        PreferencesStore::instance().setString(QString::fromLatin1(PrefWaterState::intervalEndKey),
-                                               QStringLiteral("garbage"));
-        QCOMPARE(m_water->intervalEndDate().toMSecsSinceEpoch(), 0);
     }
 
     void unreadableTimestampsStartANewDay_data()
@@ -345,6 +283,7 @@ private:
     std::optional<ScratchHome> m_home;
     std::optional<PrefWaterState> m_water;
     FakeWindows *m_windows = nullptr;
+    qint64 m_finishedWhenShown = -1; // ml, the tally when the panel last opened
     QDateTime m_now;
 };
 
