@@ -3,12 +3,13 @@
 // screen lock and unlock under each setting, the new day across midnight, the
 // break count reset and the water reminder's part of an unlock.
 
+#include "FakeWindows.h"
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
 #include "app/Clock.h"
 #include "app/DelayedTask.h"
-#include "app/Log.h"
 #include "app/SystemEventController.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
@@ -17,9 +18,7 @@
 #include "settings/PreferencesStore.h"
 #include "settings/PromptState.h"
 #include "statusbar/StatusBarController.h"
-#include "windows/WindowController.h"
 
-#include <QFile>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
@@ -27,31 +26,6 @@
 using TestSupport::ScratchHome;
 
 namespace {
-
-struct WindowCalls {
-    int shown = 0;
-    int closed = 0;
-    int waterClosed = 0;
-    QStringList *order = nullptr; // the water steps of an unlock, in order
-};
-
-class FakeWindows : public WindowBackend {
-public:
-    explicit FakeWindows(WindowCalls &calls) : m_calls(calls) {}
-    void showBreak() override { ++m_calls.shown; }
-    void closeBreak() override { ++m_calls.closed; }
-    void showAbout() override {}
-    void showPrefView() override {}
-    void closeWaterView() override
-    {
-        ++m_calls.waterClosed;
-        if (m_calls.order)
-            m_calls.order->append(QStringLiteral("closeWaterView"));
-    }
-
-private:
-    WindowCalls &m_calls;
-};
 
 // Stand-ins for the desktop: the real sources are tested on real buses and a
 // real X server (tst_eventsources, e2e/events.sh).
@@ -81,513 +55,433 @@ QDateTime localTime(int y, int m, int d, int h, int min)
 class TestSystemEvents : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanupTestCase();
-
-    void delayedTaskKeepsADeadline();
-    void delayedTaskOnTheRealClock();
-
-    void setupStartsTheSourcesAndArmsTheFirstStop();
-    void idleStopsWorkAfterFiveMinutes();
-    void activityRestartsAStoppedCycleOnly();
-    void pausedActivityNeverRestarts();
-    void breakCancelsTheIdleStop();
-    void settingOffArmsNothingButAnArmedStopFiresOnce();
-
-    void lock_data();
-    void lock();
-    void unlock_data();
-    void unlock();
-    void newDayAcrossMidnight();
-    void unlockStartsANewRoundOfBreaks();
-    void waterResetOnUnlock_data();
-    void waterResetOnUnlock();
-
-private:
-    // Lets `seconds` pass one by one: the countdown ticks and the idle stop's
-    // timer goes off when its deadline comes.
-    void pass(int seconds);
-    void activity() { Q_EMIT m_input->activity(); }
-    int logCount(const QByteArray &line) const;
-
     std::optional<ScratchHome> m_home;
     ManualTickSource m_ticks;
-    WindowCalls m_windows;
+    FakeWindows *m_windows = nullptr;
     qint64 m_monotonic = 1000000; // ms
     QDateTime m_now;
     FakeLockSource *m_lock = nullptr;
     FakeInputSource *m_input = nullptr;
     qint64 m_setupArmed = -1; // ms left on the idle stop right after setup()
     PrefState *pref() { return AppState::prefState(); }
-};
 
-void TestSystemEvents::initTestCase()
-{
-    m_home.emplace();
-    Clock::setMonotonicSource([this] { return m_monotonic; });
-    Clock::setNowSource([this] { return m_now; });
-    m_now = localTime(2026, 3, 10, 9, 0);
-    TicktackController::setTimer(&m_ticks);
-    WindowController::setBackend(std::make_unique<FakeWindows>(m_windows));
-    StatusBarController::item();
+    // Lets `seconds` pass one by one: the countdown ticks and the idle stop's
+    // timer goes off when its deadline comes.
+    void pass(int seconds)
+    {
+        for (int i = 0; i < seconds; ++i) {
+            m_monotonic += 1000;
+            m_now = m_now.addSecs(1);
+            m_ticks.advance(1);
+            if (DelayedTask *idle = AppState::mouseMoveEventItem())
+                idle->checkDeadline();
+        }
+    }
+    void activity() { Q_EMIT m_input->activity(); }
 
-    auto lock = std::make_unique<FakeLockSource>();
-    auto input = std::make_unique<FakeInputSource>();
-    m_lock = lock.get();
-    m_input = input.get();
-    SystemEventController::setScreenLockSource(std::move(lock));
-    SystemEventController::setInputActivitySource(std::move(input));
-    AppState::setWorking(true);
-    SystemEventController::setup();
-    DelayedTask *idle = AppState::mouseMoveEventItem();
-    m_setupArmed = idle ? idle->remainingMs() : -1;
-}
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_home.emplace();
+        Clock::setMonotonicSource([this] { return m_monotonic; });
+        Clock::setNowSource([this] { return m_now; });
+        m_now = localTime(2026, 3, 10, 9, 0);
+        TicktackController::setTimer(&m_ticks);
+        m_windows = &FakeWindows::install();
+        StatusBarController::item();
 
-void TestSystemEvents::cleanupTestCase()
-{
-    Clock::setMonotonicSource({});
-    Clock::setNowSource({});
-}
+        auto lock = std::make_unique<FakeLockSource>();
+        auto input = std::make_unique<FakeInputSource>();
+        m_lock = lock.get();
+        m_input = input.get();
+        SystemEventController::setScreenLockSource(std::move(lock));
+        SystemEventController::setInputActivitySource(std::move(input));
+        AppState::setWorking(true);
+        SystemEventController::setup();
+        DelayedTask *idle = AppState::mouseMoveEventItem();
+        m_setupArmed = idle ? idle->remainingMs() : -1;
+    }
 
-void TestSystemEvents::init()
-{
-    PreferencesStore::instance().clear();
-    SystemEventController::setWaterUnlockHook({});
-    if (DelayedTask *idle = AppState::mouseMoveEventItem())
-        idle->cancel();
-    AppState::setManualPause(false); // and work starts
-    AppState::promptState()->resetShortBreakTimes();
-    m_windows = {};
-}
+    void cleanupTestCase()
+    {
+        Clock::setMonotonicSource({});
+        Clock::setNowSource({});
+    }
 
-void TestSystemEvents::pass(int seconds)
-{
-    for (int i = 0; i < seconds; ++i) {
-        m_monotonic += 1000;
-        m_now = m_now.addSecs(1);
-        m_ticks.advance(1);
+    void init()
+    {
+        PreferencesStore::instance().clear();
+        SystemEventController::setWaterUnlockHook({});
         if (DelayedTask *idle = AppState::mouseMoveEventItem())
-            idle->checkDeadline();
+            idle->cancel();
+        AppState::setManualPause(false); // and work starts
+        AppState::promptState()->resetShortBreakTimes();
+        m_windows->calls.clear();
     }
-}
 
-int TestSystemEvents::logCount(const QByteArray &line) const
-{
-    QFile log(Logger::logfilePath());
-    if (!log.open(QIODevice::ReadOnly))
-        return 0; // nothing logged yet
-    return int(log.readAll().count(line));
-}
+    void delayedTaskKeepsADeadline()
+    {
+        int runs = 0;
+        DelayedTask task([&runs] { ++runs; });
+        task.schedule(1000);
+        m_monotonic += 999;
+        task.checkDeadline();
+        QCOMPARE(runs, 0);
+        QCOMPARE(task.remainingMs(), 1);
 
-void TestSystemEvents::delayedTaskKeepsADeadline()
-{
-    int runs = 0;
-    DelayedTask task([&runs] { ++runs; });
-    task.schedule(1000);
-    m_monotonic += 999;
-    task.checkDeadline();
-    QCOMPARE(runs, 0);
-    QCOMPARE(task.remainingMs(), 1);
+        // Scheduling again moves the deadline, later or earlier.
+        task.schedule(1000);
+        m_monotonic += 999;
+        task.checkDeadline();
+        QCOMPARE(runs, 0);
+        task.schedule(10);
+        m_monotonic += 10;
+        task.checkDeadline();
+        QCOMPARE(runs, 1);
+        QVERIFY(!task.isPending());
+        m_monotonic += 5000;
+        task.checkDeadline();
+        QCOMPARE(runs, 1); // once
 
-    // Scheduling again moves the deadline, later or earlier.
-    task.schedule(1000);
-    m_monotonic += 999;
-    task.checkDeadline();
-    QCOMPARE(runs, 0);
-    task.schedule(10);
-    m_monotonic += 10;
-    task.checkDeadline();
-    QCOMPARE(runs, 1);
-    QVERIFY(!task.isPending());
-    m_monotonic += 5000;
-    task.checkDeadline();
-    QCOMPARE(runs, 1); // once
+        task.schedule(100);
+        task.cancel();
+        m_monotonic += 200;
+        task.checkDeadline();
+        task.fireNow();
+        QCOMPARE(runs, 1);
+        QVERIFY(task.isCancelled());
+        task.schedule(100);
+        QVERIFY(!task.isCancelled());
+        task.fireNow();
+        QCOMPARE(runs, 2);
+    }
 
-    task.schedule(100);
-    task.cancel();
-    m_monotonic += 200;
-    task.checkDeadline();
-    task.fireNow();
-    QCOMPARE(runs, 1);
-    QVERIFY(task.isCancelled());
-    task.schedule(100);
-    QVERIFY(!task.isCancelled());
-    task.fireNow();
-    QCOMPARE(runs, 2);
-}
+    void delayedTaskOnTheRealClock()
+    {
+        // The timer goes off while the clock says the deadline has not come: it
+        // waits for the rest instead of running.
+        int runs = 0;
+        DelayedTask task([&runs] { ++runs; });
+        task.schedule(30);
+        QTest::qWait(200);
+        QCOMPARE(runs, 0);
+        QVERIFY(task.isPending());
+        m_monotonic += 30;
+        QTRY_COMPARE_WITH_TIMEOUT(runs, 1, 10000);
 
-void TestSystemEvents::delayedTaskOnTheRealClock()
-{
-    // The timer goes off while the clock says the deadline has not come: it
-    // waits for the rest instead of running.
-    int runs = 0;
-    DelayedTask task([&runs] { ++runs; });
-    task.schedule(30);
-    QTest::qWait(200);
-    QCOMPARE(runs, 0);
-    QVERIFY(task.isPending());
-    m_monotonic += 30;
-    QTRY_COMPARE_WITH_TIMEOUT(runs, 1, 10000);
+        // On the steady clock, a deadline earlier than the running timer's is not
+        // missed.
+        Clock::setMonotonicSource({});
+        auto restore =
+            qScopeGuard([this] { Clock::setMonotonicSource([this] { return m_monotonic; }); });
+        task.schedule(60 * 60 * 1000);
+        task.schedule(20);
+        QTRY_COMPARE_WITH_TIMEOUT(runs, 2, 10000);
+    }
 
-    // On the steady clock, a deadline earlier than the running timer's is not missed.
-    Clock::setMonotonicSource({});
-    auto restore =
-        qScopeGuard([this] { Clock::setMonotonicSource([this] { return m_monotonic; }); });
-    task.schedule(60 * 60 * 1000);
-    task.schedule(20);
-    QTRY_COMPARE_WITH_TIMEOUT(runs, 2, 10000);
-}
-
-void TestSystemEvents::setupStartsTheSourcesAndArmsTheFirstStop()
-{
-    QCOMPARE(m_lock->starts, 1);
-    QCOMPARE(m_input->starts, 1);
-    // Armed although the input source offered nothing.
-    QCOMPARE(m_setupArmed, SystemEventController::idleDelayMs);
-    // The sources' signals reach the handlers.
-    QVERIFY(!AppState::mouseMoveEventItem()->isPending()); // init() cancelled it
-    activity();
-    QCOMPARE(AppState::mouseMoveEventItem()->remainingMs(), SystemEventController::idleDelayMs);
-    Q_EMIT m_lock->locked();
-    QVERIFY(!AppState::working());
-    Q_EMIT m_lock->unlocked();
-    QVERIFY(AppState::working());
-}
-
-void TestSystemEvents::idleStopsWorkAfterFiveMinutes()
-{
-    const int stops = logCount("no mouse activity for 300 seconds, work stops\n");
-    activity();
-    pass(299);
-    QVERIFY(AppState::working());
-    QCOMPARE(AppState::workState()->timeString(), QStringLiteral("20:01"));
-    pass(1);
-    QVERIFY(!AppState::working());
-    QVERIFY(!TicktackController::isRunning());
-    QCOMPARE(StatusBarController::pauseItemTitle(), QStringLiteral("- Wrok -"));
-    QCOMPARE(logCount("no mouse activity for 300 seconds, work stops\n"), stops + 1);
-    pass(600);
-    QCOMPARE(logCount("no mouse activity for 300 seconds, work stops\n"), stops + 1); // once
-
-    // Activity keeps moving the deadline: the stop comes 300 s after the last event.
-    activity();
-    QCOMPARE(AppState::workState()->timeString(), QStringLiteral("25:00"));
-    for (int i = 0; i < 4; ++i) {
-        pass(200);
+    void setupStartsTheSourcesAndArmsTheFirstStop()
+    {
+        QCOMPARE(m_lock->starts, 1);
+        QCOMPARE(m_input->starts, 1);
+        // Armed although the input source offered nothing.
+        QCOMPARE(m_setupArmed, SystemEventController::idleDelayMs);
+        // The sources' signals reach the handlers.
+        QVERIFY(!AppState::mouseMoveEventItem()->isPending()); // init() cancelled it
+        activity();
+        QCOMPARE(AppState::mouseMoveEventItem()->remainingMs(), SystemEventController::idleDelayMs);
+        Q_EMIT m_lock->locked();
+        QVERIFY(!AppState::working());
+        Q_EMIT m_lock->unlocked();
         QVERIFY(AppState::working());
-        activity();
-        activity();
     }
-    pass(299);
-    QVERIFY(AppState::working());
-    // One work period all along, never stopped and restarted.
-    QCOMPARE(AppState::workState()->timeString(), QStringLiteral("06:41"));
-    pass(1);
-    QVERIFY(!AppState::working());
-}
 
-void TestSystemEvents::activityRestartsAStoppedCycleOnly()
-{
-    activity();
-    pass(300);
-    QVERIFY(!AppState::working());
-    const int restarts = logCount("mouse activity, work starts again\n");
-    pass(30); // nothing moves while stopped
-    activity();
-    QVERIFY(AppState::working());
-    QCOMPARE(AppState::workState()->timeString(), QStringLiteral("25:00")); // a full period
-    QCOMPARE(StatusBarController::pauseItemTitle(), QStringLiteral("- Stop -"));
-    QCOMPARE(logCount("mouse activity, work starts again\n"), restarts + 1);
-
-    // While working, activity leaves the countdown alone.
-    pass(10);
-    activity();
-    QCOMPARE(AppState::workState()->timeString(), QStringLiteral("24:50"));
-    QCOMPARE(logCount("mouse activity, work starts again\n"), restarts + 1);
-}
-
-void TestSystemEvents::pausedActivityNeverRestarts()
-{
-    AppState::setManualPause(true);
-    activity();
-    QVERIFY(!AppState::working());
-    QVERIFY(AppState::mouseMoveEventItem()->isPending()); // re-armed all the same
-    const int stops = logCount("ticktack timer stoped 1.0\n");
-    pass(300);
-    // The stop assigns false again; the cycle was stopped already.
-    QCOMPARE(logCount("ticktack timer stoped 1.0\n"), stops + 1);
-    QVERIFY(!AppState::working());
-    activity();
-    QVERIFY(!AppState::working());
-    QVERIFY(!TicktackController::isRunning());
-    AppState::setManualPause(false);
-    QVERIFY(AppState::working());
-}
-
-void TestSystemEvents::breakCancelsTheIdleStop()
-{
-    pref()->setWorkTime(1);
-    pref()->setBreakTime(900);
-    activity();
-    pass(60); // the work period ends, the break starts
-    QCOMPARE(m_windows.shown, 1);
-    QVERIFY(!AppState::mouseMoveEventItem()->isPending());
-    pass(400);
-    QVERIFY(TicktackController::isRunning());
-    QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("08:20"));
-
-    // Activity during the break arms a new stop, which outlasts this long
-    // break and stops its countdown.
-    activity();
-    pass(300);
-    QVERIFY(!TicktackController::isRunning());
-    QVERIFY(!AppState::working());
-    QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("03:20"));
-    QCOMPARE(m_windows.closed, 0); // the windows stay, frozen
-}
-
-void TestSystemEvents::settingOffArmsNothingButAnArmedStopFiresOnce()
-{
-    activity();
-    pass(100);
-    pref()->setStopTimerAfterMouseStop(false);
-    activity(); // would move the deadline to 400 s if it counted
-    pass(199);
-    QVERIFY(AppState::working());
-    pass(1);
-    QVERIFY(!AppState::working());
-    // Switched off, activity neither restarts nor arms anything.
-    activity();
-    QVERIFY(!AppState::working());
-    QVERIFY(!AppState::mouseMoveEventItem()->isPending());
-    AppState::setWorking(true);
-    pass(900);
-    QVERIFY(AppState::working());
-
-    pref()->setStopTimerAfterMouseStop(true);
-    activity();
-    pass(300);
-    QVERIFY(!AppState::working());
-}
-
-void TestSystemEvents::lock_data()
-{
-    QTest::addColumn<bool>("showNewDayTip");
-    QTest::addColumn<bool>("restartTimerAfterAwake");
-    QTest::newRow("defaults") << false << true;
-    QTest::newRow("greeting on") << true << true;
-    QTest::newRow("greeting on, keep running") << true << false;
-    QTest::newRow("keep running") << false << false;
-}
-
-void TestSystemEvents::lock()
-{
-    QFETCH(bool, showNewDayTip);
-    QFETCH(bool, restartTimerAfterAwake);
-    pref()->setShowNewDayTip(showNewDayTip);
-    pref()->setRestartTimerAfterAwake(restartTimerAfterAwake);
-    pref()->setLastWeakupTimestamp(1000.0);
-    m_now = localTime(2026, 3, 10, 14, 30);
-
-    pref()->setWorkTime(1);
-    pass(60); // a break is on screen
-    QCOMPARE(m_windows.shown, 1);
-    Q_EMIT m_lock->locked();
-
-    QCOMPARE(pref()->lastWeakupTimestamp(),
-             showNewDayTip ? double(m_now.toSecsSinceEpoch()) : 1000.0);
-    if (restartTimerAfterAwake) {
+    // The stop comes 300 s after the last activity; activity restarts a
+    // stopped cycle with a full period, and only a stopped one.
+    void idleStopAndRestart()
+    {
+        const QByteArray stop = "no mouse activity for 300 seconds, work stops\n";
+        const QByteArray restart = "mouse activity, work starts again\n";
+        const int stops = LogTail::count(stop);
+        const int restarts = LogTail::count(restart);
+        activity();
+        pass(299);
+        QVERIFY(AppState::working());
+        QCOMPARE(AppState::workState()->timeString(), QStringLiteral("20:01"));
+        pass(1);
         QVERIFY(!AppState::working());
         QVERIFY(!TicktackController::isRunning());
-        QCOMPARE(m_windows.closed, 1);
-    } else {
-        // The countdown runs on behind the lock screen.
-        const QString before = AppState::breakState()->timeString();
-        pass(5);
-        QVERIFY(AppState::breakState()->timeString() != before);
-        QCOMPARE(m_windows.closed, 0);
-    }
-}
+        QCOMPARE(StatusBarController::pauseItemTitle(), QStringLiteral("- Wrok -"));
+        pass(600); // nothing moves while stopped
+        QCOMPARE(LogTail::count(stop), stops + 1);
 
-void TestSystemEvents::unlock_data()
-{
-    QTest::addColumn<bool>("showNewDayTip");
-    QTest::addColumn<bool>("restartTimerAfterAwake");
-    QTest::addColumn<bool>("paused");
-    QTest::addColumn<bool>("newDay");
-    QTest::addColumn<bool>("greeting");
-    QTest::addColumn<bool>("counterReset");
-    QTest::addColumn<bool>("workRestarts");
-
-    QTest::newRow("defaults") << false << true << false << false << false << false << true;
-    QTest::newRow("defaults, new day") << false << true << false << true << false << false << true;
-    QTest::newRow("no restart") << false << false << false << false << false << false << false;
-    QTest::newRow("paused") << false << true << true << false << false << false << false;
-    QTest::newRow("greeting on, same day")
-        << true << true << false << false << false << true << true;
-    QTest::newRow("greeting on, new day") << true << true << false << true << true << true << false;
-    QTest::newRow("greeting on, new day, no restart")
-        << true << false << false << true << true << true << false;
-    QTest::newRow("greeting on, new day, paused")
-        << true << true << true << true << true << true << false;
-    QTest::newRow("greeting on, same day, paused")
-        << true << true << true << false << false << true << false;
-}
-
-void TestSystemEvents::unlock()
-{
-    QFETCH(bool, showNewDayTip);
-    QFETCH(bool, restartTimerAfterAwake);
-    QFETCH(bool, paused);
-    QFETCH(bool, newDay);
-    QFETCH(bool, greeting);
-    QFETCH(bool, counterReset);
-    QFETCH(bool, workRestarts);
-
-    // One break taken, so a reset of the count shows.
-    PromptState *prompt = AppState::promptState();
-    prompt->showBreak();
-    prompt->closePrompt();
-    QCOMPARE(prompt->shortBreakTimes(), 1);
-
-    pref()->setShowNewDayTip(showNewDayTip);
-    pref()->setRestartTimerAfterAwake(restartTimerAfterAwake);
-    m_now = localTime(2026, 3, 10, 8, 0);
-    pref()->updateWeakupTimestamp();
-    m_now = newDay ? localTime(2026, 3, 11, 8, 0) : localTime(2026, 3, 10, 17, 0);
-    if (paused)
-        AppState::setManualPause(true);
-    else
-        AppState::setWorking(false); // as a lock leaves it
-    const int shown = m_windows.shown;
-
-    Q_EMIT m_lock->unlocked();
-
-    QCOMPARE(m_windows.shown, shown + (greeting ? 1 : 0));
-    if (greeting) {
-        QCOMPARE(prompt->showSkipButton(), false);
-        QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("00:10"));
-    }
-    QCOMPARE(prompt->shortBreakTimes(), counterReset ? 0 : 1);
-    QCOMPARE(AppState::working(), workRestarts);
-    if (workRestarts)
+        activity();
+        QVERIFY(AppState::working());
         QCOMPARE(AppState::workState()->timeString(), QStringLiteral("25:00"));
-    // Only a lock records the moment.
-    QCOMPARE(pref()->lastWeakupTimestamp(),
-             double(localTime(2026, 3, 10, 8, 0).toSecsSinceEpoch()));
-}
+        QCOMPARE(StatusBarController::pauseItemTitle(), QStringLiteral("- Stop -"));
+        for (int i = 0; i < 4; ++i) {
+            pass(200);
+            QVERIFY(AppState::working());
+            activity();
+            activity();
+        }
+        pass(299);
+        QVERIFY(AppState::working());
+        // One work period all along, never stopped and restarted.
+        QCOMPARE(AppState::workState()->timeString(), QStringLiteral("06:41"));
+        QCOMPARE(LogTail::count(restart), restarts + 1);
+        pass(1);
+        QVERIFY(!AppState::working());
+    }
 
-void TestSystemEvents::newDayAcrossMidnight()
-{
-    pref()->setShowNewDayTip(true);
-    pref()->setRestartTimerAfterAwake(false);
-    m_now = localTime(2026, 12, 31, 23, 59);
-    Q_EMIT m_lock->locked();
-    m_now = localTime(2026, 12, 31, 23, 59).addSecs(59);
-    Q_EMIT m_lock->unlocked();
-    QCOMPARE(m_windows.shown, 0); // still the same day
+    void pausedActivityNeverRestarts()
+    {
+        AppState::setManualPause(true);
+        activity();
+        QVERIFY(!AppState::working());
+        QVERIFY(AppState::mouseMoveEventItem()->isPending()); // re-armed all the same
+        const int stops = LogTail::count("ticktack timer stoped 1.0\n");
+        pass(300);
+        // The stop assigns false again; the cycle was stopped already.
+        QCOMPARE(LogTail::count("ticktack timer stoped 1.0\n"), stops + 1);
+        QVERIFY(!AppState::working());
+        activity();
+        QVERIFY(!AppState::working());
+        QVERIFY(!TicktackController::isRunning());
+        AppState::setManualPause(false);
+        QVERIFY(AppState::working());
+    }
 
-    Q_EMIT m_lock->locked();
-    pass(2); // midnight passes behind the lock screen
-    QCOMPARE(m_now.date(), QDate(2027, 1, 1));
-    Q_EMIT m_lock->unlocked();
-    QCOMPARE(m_windows.shown, 1);
-    QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("00:10"));
-    // The greeting's end starts work, even with restartTimerAfterAwake off.
-    pass(10);
-    QVERIFY(AppState::breakState()->timesUp());
-    AppState::promptState()->closePrompt();
-    QVERIFY(AppState::working());
+    void breakCancelsTheIdleStop()
+    {
+        pref()->setWorkTime(1);
+        pref()->setBreakTime(900);
+        activity();
+        pass(60); // the work period ends, the break starts
+        QCOMPARE(m_windows->count("showBreak"), 1);
+        QVERIFY(!AppState::mouseMoveEventItem()->isPending());
+        pass(400);
+        QVERIFY(TicktackController::isRunning());
+        QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("08:20"));
 
-    // Only the first unlock of the day greets.
-    Q_EMIT m_lock->locked();
-    Q_EMIT m_lock->unlocked();
-    QCOMPARE(m_windows.shown, 1);
+        // Activity during the break arms a new stop, which outlasts this long
+        // break and stops its countdown.
+        activity();
+        pass(300);
+        QVERIFY(!TicktackController::isRunning());
+        QVERIFY(!AppState::working());
+        QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("03:20"));
+        QCOMPARE(m_windows->count("closeBreak"), 0); // the windows stay, frozen
+    }
 
-    // A lock seen with the greeting off is not recorded: the next day's first
-    // unlock compares with the last lock seen with it on.
-    pref()->setShowNewDayTip(false);
-    m_now = localTime(2027, 1, 2, 7, 0);
-    Q_EMIT m_lock->locked();
-    pref()->setShowNewDayTip(true);
-    m_now = localTime(2027, 1, 2, 7, 30);
-    Q_EMIT m_lock->unlocked();
-    QCOMPARE(m_windows.shown, 2);
-}
+    void settingOffArmsNothingButAnArmedStopFiresOnce()
+    {
+        activity();
+        pass(100);
+        pref()->setStopTimerAfterMouseStop(false);
+        activity(); // would move the deadline to 400 s if it counted
+        pass(199);
+        QVERIFY(AppState::working());
+        pass(1);
+        QVERIFY(!AppState::working());
+        // Switched off, activity neither restarts nor arms anything.
+        activity();
+        QVERIFY(!AppState::working());
+        QVERIFY(!AppState::mouseMoveEventItem()->isPending());
+        AppState::setWorking(true);
+        pass(900);
+        QVERIFY(AppState::working());
 
-void TestSystemEvents::unlockStartsANewRoundOfBreaks()
-{
-    pref()->setWorkTime(1);
-    pref()->setBreakTime(20);
-    pref()->setLongBreakTime(2);
-    pref()->setShortBreakTimes(4);
-    pref()->setShowNewDayTip(true);
-    pref()->updateWeakupTimestamp(); // today: no greeting
-    QStringList lengths;
-    auto takeBreak = [&] {
-        pass(60);
-        lengths.append(AppState::breakState()->timeString());
+        pref()->setStopTimerAfterMouseStop(true);
+        activity();
+        pass(300);
+        QVERIFY(!AppState::working());
+    }
+
+    void lock_data()
+    {
+        QTest::addColumn<bool>("showNewDayTip");
+        QTest::addColumn<bool>("restartTimerAfterAwake");
+        QTest::newRow("defaults") << false << true;
+        QTest::newRow("greeting on") << true << true;
+        QTest::newRow("greeting on, keep running") << true << false;
+        QTest::newRow("keep running") << false << false;
+    }
+
+    void lock()
+    {
+        QFETCH(bool, showNewDayTip);
+        QFETCH(bool, restartTimerAfterAwake);
+        pref()->setShowNewDayTip(showNewDayTip);
+        pref()->setRestartTimerAfterAwake(restartTimerAfterAwake);
+        pref()->setLastWeakupTimestamp(1000.0);
+        m_now = localTime(2026, 3, 10, 14, 30);
+
+        pref()->setWorkTime(1);
+        pass(60); // a break is on screen
+        QCOMPARE(m_windows->count("showBreak"), 1);
+        Q_EMIT m_lock->locked();
+
+        QCOMPARE(pref()->lastWeakupTimestamp(),
+                 showNewDayTip ? double(m_now.toSecsSinceEpoch()) : 1000.0);
+        if (restartTimerAfterAwake) {
+            QVERIFY(!AppState::working());
+            QVERIFY(!TicktackController::isRunning());
+            QCOMPARE(m_windows->count("closeBreak"), 1);
+        } else {
+            // The countdown runs on behind the lock screen.
+            const QString before = AppState::breakState()->timeString();
+            pass(5);
+            QVERIFY(AppState::breakState()->timeString() != before);
+            QCOMPARE(m_windows->count("closeBreak"), 0);
+        }
+    }
+
+    void unlock_data()
+    {
+        QTest::addColumn<bool>("showNewDayTip");
+        QTest::addColumn<bool>("restartTimerAfterAwake");
+        QTest::addColumn<bool>("paused");
+        QTest::addColumn<bool>("newDay");
+        QTest::addColumn<bool>("greeting");
+        QTest::addColumn<bool>("counterReset");
+        QTest::addColumn<bool>("workRestarts");
+
+        QTest::newRow("defaults") << false << true << false << false << false << false << true;
+        QTest::newRow("defaults, new day")
+            << false << true << false << true << false << false << true;
+        QTest::newRow("no restart") << false << false << false << false << false << false << false;
+        QTest::newRow("paused") << false << true << true << false << false << false << false;
+        QTest::newRow("greeting on, same day")
+            << true << true << false << false << false << true << true;
+        QTest::newRow("greeting on, new day")
+            << true << true << false << true << true << true << false;
+        QTest::newRow("greeting on, new day, no restart")
+            << true << false << false << true << true << true << false;
+        QTest::newRow("greeting on, new day, paused")
+            << true << true << true << true << true << true << false;
+        QTest::newRow("greeting on, same day, paused")
+            << true << true << true << false << false << true << false;
+    }
+
+    void unlock()
+    {
+        QFETCH(bool, showNewDayTip);
+        QFETCH(bool, restartTimerAfterAwake);
+        QFETCH(bool, paused);
+        QFETCH(bool, newDay);
+        QFETCH(bool, greeting);
+        QFETCH(bool, counterReset);
+        QFETCH(bool, workRestarts);
+
+        // One break taken, so a reset of the count shows.
+        PromptState *prompt = AppState::promptState();
+        prompt->showBreak();
+        prompt->closePrompt();
+        QCOMPARE(prompt->shortBreakTimes(), 1);
+
+        pref()->setShowNewDayTip(showNewDayTip);
+        pref()->setRestartTimerAfterAwake(restartTimerAfterAwake);
+        m_now = localTime(2026, 3, 10, 8, 0);
+        pref()->updateWeakupTimestamp();
+        m_now = newDay ? localTime(2026, 3, 11, 8, 0) : localTime(2026, 3, 10, 17, 0);
+        if (paused)
+            AppState::setManualPause(true);
+        else
+            AppState::setWorking(false); // as a lock leaves it
+        const int shown = m_windows->count("showBreak");
+
+        Q_EMIT m_lock->unlocked();
+
+        QCOMPARE(m_windows->count("showBreak"), shown + (greeting ? 1 : 0));
+        if (greeting) {
+            QCOMPARE(prompt->showSkipButton(), false);
+            QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("00:10"));
+        }
+        QCOMPARE(prompt->shortBreakTimes(), counterReset ? 0 : 1);
+        QCOMPARE(AppState::working(), workRestarts);
+        if (workRestarts)
+            QCOMPARE(AppState::workState()->timeString(), QStringLiteral("25:00"));
+        // Only a lock records the moment.
+        QCOMPARE(pref()->lastWeakupTimestamp(),
+                 double(localTime(2026, 3, 10, 8, 0).toSecsSinceEpoch()));
+    }
+
+    void newDayAcrossMidnight()
+    {
+        pref()->setShowNewDayTip(true);
+        pref()->setRestartTimerAfterAwake(false);
+        m_now = localTime(2026, 12, 31, 23, 59);
+        Q_EMIT m_lock->locked();
+        m_now = localTime(2026, 12, 31, 23, 59).addSecs(59);
+        Q_EMIT m_lock->unlocked();
+        QCOMPARE(m_windows->count("showBreak"), 0); // still the same day
+
+        Q_EMIT m_lock->locked();
+        pass(2); // midnight passes behind the lock screen
+        QCOMPARE(m_now.date(), QDate(2027, 1, 1));
+        Q_EMIT m_lock->unlocked();
+        QCOMPARE(m_windows->count("showBreak"), 1);
+        QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("00:10"));
+        // The greeting's end starts work, even with restartTimerAfterAwake off.
+        pass(10);
+        QVERIFY(AppState::breakState()->timesUp());
         AppState::promptState()->closePrompt();
-    };
-    for (int i = 0; i < 3; ++i) {
-        activity();
-        takeBreak();
+        QVERIFY(AppState::working());
+
+        // Only the first unlock of the day greets.
+        Q_EMIT m_lock->locked();
+        Q_EMIT m_lock->unlocked();
+        QCOMPARE(m_windows->count("showBreak"), 1);
+
+        // A lock seen with the greeting off is not recorded: the next day's first
+        // unlock compares with the last lock seen with it on.
+        pref()->setShowNewDayTip(false);
+        m_now = localTime(2027, 1, 2, 7, 0);
+        Q_EMIT m_lock->locked();
+        pref()->setShowNewDayTip(true);
+        m_now = localTime(2027, 1, 2, 7, 30);
+        Q_EMIT m_lock->unlocked();
+        QCOMPARE(m_windows->count("showBreak"), 2);
     }
-    // The fourth break would be long; an unlock starts the count again.
-    Q_EMIT m_lock->locked();
-    Q_EMIT m_lock->unlocked();
-    for (int i = 0; i < 4; ++i) {
-        activity();
-        takeBreak();
+
+    void waterResetOnUnlock_data()
+    {
+        QTest::addColumn<bool>("enable");
+        QTest::addColumn<bool>("waterNewDay");
+        QTest::addColumn<bool>("showNewDayTip");
+        QTest::addColumn<bool>("reset");
+        QTest::newRow("on, new day") << true << true << false << true;
+        QTest::newRow("on, new day, greeting on") << true << true << true << true;
+        QTest::newRow("on, same day") << true << false << false << false;
+        QTest::newRow("off, new day") << false << true << false << false;
     }
-    QCOMPARE(lengths,
-             (QStringList{QStringLiteral("00:20"), QStringLiteral("00:20"), QStringLiteral("00:20"),
-                          QStringLiteral("00:20"), QStringLiteral("00:20"), QStringLiteral("00:20"),
-                          QStringLiteral("02:00")}));
-}
 
-void TestSystemEvents::waterResetOnUnlock_data()
-{
-    QTest::addColumn<bool>("enable");
-    QTest::addColumn<bool>("waterNewDay");
-    QTest::addColumn<bool>("showNewDayTip");
-    QTest::addColumn<bool>("reset");
-    QTest::newRow("on, new day") << true << true << false << true;
-    QTest::newRow("on, new day, greeting on") << true << true << true << true;
-    QTest::newRow("on, same day") << true << false << false << false;
-    QTest::newRow("off, new day") << false << true << false << false;
-}
+    void waterResetOnUnlock()
+    {
+        QFETCH(bool, enable);
+        QFETCH(bool, waterNewDay);
+        QFETCH(bool, showNewDayTip);
+        QFETCH(bool, reset);
+        pref()->setShowNewDayTip(showNewDayTip);
 
-void TestSystemEvents::waterResetOnUnlock()
-{
-    QFETCH(bool, enable);
-    QFETCH(bool, waterNewDay);
-    QFETCH(bool, showNewDayTip);
-    QFETCH(bool, reset);
-    pref()->setShowNewDayTip(showNewDayTip);
+        QStringList steps;
+        m_windows->onCall = [&](const QString &call) {
+            if (call == QLatin1String("closeWaterView"))
+                steps.append(call);
+        };
+        SystemEventController::setWaterUnlockHook({
+            [&] { return enable; },
+            [&] { return waterNewDay; },
+            [&] { steps.append(QStringLiteral("reset")); },
+            [&] { steps.append(QStringLiteral("schedule")); },
+        });
+        Q_EMIT m_lock->unlocked();
+        m_windows->onCall = {};
+        QCOMPARE(steps, reset ? (QStringList{QStringLiteral("closeWaterView"),
+                                             QStringLiteral("reset"), QStringLiteral("schedule")})
+                              : QStringList());
+    }
+};
 
-    QStringList steps;
-    m_windows.order = &steps;
-    SystemEventController::setWaterUnlockHook({
-        [&] { return enable; },
-        [&] { return waterNewDay; },
-        [&] { steps.append(QStringLiteral("reset")); },
-        [&] { steps.append(QStringLiteral("schedule")); },
-    });
-    Q_EMIT m_lock->unlocked();
-    m_windows.order = nullptr;
-    QCOMPARE(steps, reset ? (QStringList{QStringLiteral("closeWaterView"), QStringLiteral("reset"),
-                                         QStringLiteral("schedule")})
-                          : QStringList());
-}
-
-int main(int argc, char **argv)
-{
-    QCoreApplication app(argc, argv);
-    TestSystemEvents test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(TestSystemEvents)
 #include "tst_systemevents.moc"

@@ -2,14 +2,13 @@
 // (fake_compositor) over a real Wayland socket, and how EventSources picks a
 // source by the kind of session.
 
+#include "LogTail.h"
 #include "TestSupport.h"
 
-#include "app/Log.h"
 #include "app/SystemEventController.h"
 #include "platform/events/EventSources.h"
 #include "platform/events/WaylandIdleActivitySource.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -20,141 +19,120 @@ using TestSupport::ScratchHome;
 class TestWaylandIdle : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanup();
-
-    void idledAndResumedBecomeActivity();
-    void compositorWithoutTheProtocol();
-    void compositorGoneAway();
-    void sessionKindPicksTheSource();
-
-private:
-    // Starts the compositor and points WAYLAND_DISPLAY at it.
-    bool startCompositor(const QStringList &args = {});
-    void say(const QByteArray &command) { m_compositor.write(command + '\n'); }
-    QByteArray readLine();
-    int logCount(const QByteArray &text) const;
-
     std::optional<ScratchHome> m_home;
     QTemporaryDir m_runtime;
     QProcess m_compositor;
-};
 
-void TestWaylandIdle::initTestCase()
-{
-    m_home.emplace();
-    QVERIFY(m_runtime.isValid());
-    qputenv("XDG_RUNTIME_DIR", m_runtime.path().toUtf8());
-    qunsetenv("DISPLAY");
-    qunsetenv("XDG_SESSION_TYPE");
-}
-
-void TestWaylandIdle::cleanup()
-{
-    if (m_compositor.state() != QProcess::NotRunning) {
-        m_compositor.closeWriteChannel();
-        if (!m_compositor.waitForFinished(5000))
-            m_compositor.kill();
+    // Starts the compositor and points WAYLAND_DISPLAY at it.
+    bool startCompositor(const QStringList &args = {})
+    {
+        m_compositor.start(QStringLiteral(NARV_FAKE_COMPOSITOR), args);
+        if (!m_compositor.waitForStarted(5000))
+            return false;
+        const QByteArray ready = readLine();
+        if (!ready.startsWith("ready "))
+            return false;
+        qputenv("WAYLAND_DISPLAY", ready.mid(6));
+        return true;
     }
-    m_compositor.waitForFinished(5000);
-    qunsetenv("WAYLAND_DISPLAY");
-}
+    void say(const QByteArray &command) { m_compositor.write(command + '\n'); }
+    QByteArray readLine()
+    {
+        for (int i = 0; i < 100 && !m_compositor.canReadLine(); ++i)
+            m_compositor.waitForReadyRead(100);
+        return m_compositor.readLine().trimmed();
+    }
 
-bool TestWaylandIdle::startCompositor(const QStringList &args)
-{
-    m_compositor.start(QStringLiteral(NARV_FAKE_COMPOSITOR), args);
-    if (!m_compositor.waitForStarted(5000))
-        return false;
-    const QByteArray ready = readLine();
-    if (!ready.startsWith("ready "))
-        return false;
-    qputenv("WAYLAND_DISPLAY", ready.mid(6));
-    return true;
-}
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_home.emplace();
+        QVERIFY(m_runtime.isValid());
+        qputenv("XDG_RUNTIME_DIR", m_runtime.path().toUtf8());
+        qunsetenv("DISPLAY");
+        qunsetenv("XDG_SESSION_TYPE");
+    }
 
-QByteArray TestWaylandIdle::readLine()
-{
-    for (int i = 0; i < 100 && !m_compositor.canReadLine(); ++i)
-        m_compositor.waitForReadyRead(100);
-    return m_compositor.readLine().trimmed();
-}
+    void cleanup()
+    {
+        if (m_compositor.state() != QProcess::NotRunning) {
+            m_compositor.closeWriteChannel();
+            if (!m_compositor.waitForFinished(5000))
+                m_compositor.kill();
+        }
+        m_compositor.waitForFinished(5000);
+        qunsetenv("WAYLAND_DISPLAY");
+    }
 
-int TestWaylandIdle::logCount(const QByteArray &text) const
-{
-    QFile log(Logger::logfilePath());
-    if (!log.open(QIODevice::ReadOnly))
-        return 0; // nothing logged yet
-    return int(log.readAll().count(text));
-}
+    void idledAndResumedBecomeActivity()
+    {
+        QVERIFY(startCompositor());
+        auto source = WaylandIdleActivitySource::open();
+        QVERIFY(source);
+        QSignalSpy activity(source.get(), &InputActivitySource::activity);
+        QVERIFY(source->start());
+        QCOMPARE(readLine(), QByteArray("notification 1000"));
+        // Until the compositor says otherwise the user counts as active.
+        QVERIFY(source->isUserActive());
+        QCOMPARE(activity.count(), 1);
 
-void TestWaylandIdle::idledAndResumedBecomeActivity()
-{
-    QVERIFY(startCompositor());
-    auto source = WaylandIdleActivitySource::open();
-    QVERIFY(source);
-    QSignalSpy activity(source.get(), &InputActivitySource::activity);
-    QVERIFY(source->start());
-    QCOMPARE(readLine(), QByteArray("notification 1000"));
-    // Until the compositor says otherwise the user counts as active.
-    QVERIFY(source->isUserActive());
-    QCOMPARE(activity.count(), 1);
+        say("idled");
+        QTRY_COMPARE(activity.count(), 2); // the last input was a second ago
+        QVERIFY(!source->isUserActive());
+        say("resumed");
+        QTRY_COMPARE(activity.count(), 3);
+        QVERIFY(source->isUserActive());
+        say("idled");
+        QTRY_VERIFY(!source->isUserActive());
+        QCOMPARE(activity.count(), 4);
+    }
 
-    say("idled");
-    QTRY_COMPARE(activity.count(), 2); // the last input was a second ago
-    QVERIFY(!source->isUserActive());
-    say("resumed");
-    QTRY_COMPARE(activity.count(), 3);
-    QVERIFY(source->isUserActive());
-    say("idled");
-    QTRY_VERIFY(!source->isUserActive());
-    QCOMPARE(activity.count(), 4);
-}
+    void compositorWithoutTheProtocol()
+    {
+        QVERIFY(startCompositor({QStringLiteral("--without-idle-notify")}));
+        const int before = LogTail::count("does not offer ext-idle-notify-v1");
+        QVERIFY(!WaylandIdleActivitySource::open());
+        QCOMPARE(LogTail::count("does not offer ext-idle-notify-v1"), before + 1);
 
-void TestWaylandIdle::compositorWithoutTheProtocol()
-{
-    QVERIFY(startCompositor({QStringLiteral("--without-idle-notify")}));
-    const int before = logCount("does not offer ext-idle-notify-v1");
-    QVERIFY(!WaylandIdleActivitySource::open());
-    QCOMPARE(logCount("does not offer ext-idle-notify-v1"), before + 1);
+        qputenv("WAYLAND_DISPLAY", "no-such-compositor");
+        QVERIFY(!WaylandIdleActivitySource::open());
+    }
 
-    qputenv("WAYLAND_DISPLAY", "no-such-compositor");
-    QVERIFY(!WaylandIdleActivitySource::open());
-}
+    void compositorGoneAway()
+    {
+        QVERIFY(startCompositor());
+        auto source = WaylandIdleActivitySource::open();
+        QVERIFY(source);
+        QVERIFY(source->start());
+        QSignalSpy activity(source.get(), &InputActivitySource::activity);
+        const int before = LogTail::count("lost the Wayland compositor");
+        say("quit");
+        QVERIFY(m_compositor.waitForFinished(5000));
+        QTRY_COMPARE(LogTail::count("lost the Wayland compositor"), before + 1);
+        QTest::qWait(200); // said once, not again on every wake-up
+        QCOMPARE(LogTail::count("lost the Wayland compositor"), before + 1);
+        QCOMPARE(activity.count(), 0);
+    }
 
-void TestWaylandIdle::compositorGoneAway()
-{
-    QVERIFY(startCompositor());
-    auto source = WaylandIdleActivitySource::open();
-    QVERIFY(source);
-    QVERIFY(source->start());
-    QSignalSpy activity(source.get(), &InputActivitySource::activity);
-    const int before = logCount("lost the Wayland compositor");
-    say("quit");
-    QVERIFY(m_compositor.waitForFinished(5000));
-    QTRY_COMPARE(logCount("lost the Wayland compositor"), before + 1);
-    QTest::qWait(200); // said once, not again on every wake-up
-    QCOMPARE(logCount("lost the Wayland compositor"), before + 1);
-    QCOMPARE(activity.count(), 0);
-}
+    void sessionKindPicksTheSource()
+    {
+        // No session bus here, so no Mutter: a Wayland session gets
+        // ext-idle-notify-v1.
+        QVERIFY(startCompositor());
+        EventSources::install();
+        QVERIFY(SystemEventController::screenLockSource());
+        InputActivitySource *input = SystemEventController::inputActivitySource();
+        QVERIFY(input);
+        QCOMPARE(input->metaObject()->className(), "WaylandIdleActivitySource");
 
-void TestWaylandIdle::sessionKindPicksTheSource()
-{
-    // No session bus here, so no Mutter: a Wayland session gets ext-idle-notify-v1.
-    QVERIFY(startCompositor());
-    EventSources::install();
-    QVERIFY(SystemEventController::screenLockSource());
-    InputActivitySource *input = SystemEventController::inputActivitySource();
-    QVERIFY(input);
-    QCOMPARE(input->metaObject()->className(), "WaylandIdleActivitySource");
-
-    // An X11 session without a usable X server has nothing to offer.
-    qunsetenv("WAYLAND_DISPLAY");
-    qputenv("DISPLAY", ":987");
-    EventSources::install();
-    QVERIFY(!SystemEventController::inputActivitySource());
-    qunsetenv("DISPLAY");
-}
+        // An X11 session without a usable X server has nothing to offer.
+        qunsetenv("WAYLAND_DISPLAY");
+        qputenv("DISPLAY", ":987");
+        EventSources::install();
+        QVERIFY(!SystemEventController::inputActivitySource());
+        qunsetenv("DISPLAY");
+    }
+};
 
 int main(int argc, char **argv)
 {
