@@ -14,13 +14,7 @@
 
 using TestSupport::ScratchHome;
 
-namespace {
-QByteArray readFile(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-} // namespace
+using TestSupport::readFile;
 
 class TestLogin : public QObject {
     Q_OBJECT
@@ -91,9 +85,7 @@ private Q_SLOTS:
         // A file where the autostart folder should be: the desktop refuses.
         const QString folder = m_home->path() + QStringLiteral("/config/autostart");
         QDir(folder).removeRecursively();
-        QFile blocker(folder);
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
+        QVERIFY(TestSupport::writeFile(folder, {}));
         pref->setLaunchAtLogin(true);
         QCOMPARE(pref->launchAtLogin(), true);
         QVERIFY(readFile(Logger::logfilePath())

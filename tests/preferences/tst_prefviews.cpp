@@ -4,12 +4,12 @@
 // program to look at: the file read afresh, another program writing it, the
 // log, the status menu's water item, the pending water reminder, the clock.
 
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
 #include "app/Clock.h"
 #include "app/DelayedTask.h"
-#include "app/Log.h"
 #include "app/LoginItem.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
@@ -86,19 +86,7 @@ public:
     }
 
     // Log messages written since the last call.
-    Q_INVOKABLE QStringList logMessages()
-    {
-        QFile file(Logger::logfilePath());
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        file.seek(m_logOffset);
-        const QByteArray bytes = file.readAll();
-        m_logOffset += bytes.size();
-        QStringList messages;
-        for (const QString &line : QString::fromUtf8(bytes).split(u'\n', Qt::SkipEmptyParts))
-            messages << line.section(QStringLiteral(" : "), 1);
-        return messages;
-    }
+    Q_INVOKABLE QStringList logMessages() { return m_log.newMessages(); }
 
     Q_INVOKABLE bool hasWaterItem() const
     {
@@ -109,7 +97,6 @@ public:
         const auto *item = StatusBarController::itemWithTag(StatusBarController::Tag::water);
         return item ? item->title : QString();
     }
-    Q_INVOKABLE QString statusTitle() const { return StatusBarController::title(); }
 
     // The armed water reminder: when it is due ("hh:mm"), empty when none is.
     Q_INVOKABLE QString waterReminderDue() const
@@ -141,7 +128,7 @@ public:
     }
 
 private:
-    qint64 m_logOffset = 0;
+    LogTail m_log;
 };
 
 class Setup : public QObject {

@@ -2,19 +2,17 @@
 // its title and minimum size, Ctrl+W, the first tab on reopening, and the
 // login item's real state shown when it opens.
 
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
-#include "app/Log.h"
 #include "platform/login/AutostartLoginItem.h"
 #include "settings/PrefState.h"
 #include "settings/PreferencesStore.h"
 #include "windows/QmlWindowBackend.h"
 #include "windows/WindowController.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QQuickItem>
@@ -29,173 +27,138 @@ using TestSupport::ScratchHome;
 class TestPrefWindow : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanupTestCase();
-
-    void madeOnceAndRaised();
-    void closesWithCtrlWAndReopensOnTheFirstTab();
-    void showsTheLoginItemAsTheDesktopHasIt_data();
-    void showsTheLoginItemAsTheDesktopHasIt();
-
-private:
-    QList<QWindow *> settingsWindows() const;
-    QQuickItem *rootOf(QQuickView *view) const { return view->rootObject(); }
-    void writeAutostartEntry(const QString &extra);
-    QStringList newLogMessages();
-
     std::optional<ScratchHome> m_home;
     QmlWindowBackend *m_backend = nullptr;
-    qint64 m_logOffset = 0;
-};
+    LogTail m_log;
 
-void TestPrefWindow::initTestCase()
-{
-    m_home.emplace();
-    auto backend = std::make_unique<QmlWindowBackend>();
-    m_backend = backend.get();
-    WindowController::setBackend(std::move(backend));
-}
-
-void TestPrefWindow::init()
-{
-    PreferencesStore::instance().clear();
-    QFile::remove(AutostartLoginItem::entryPath());
-    newLogMessages();
-}
-
-void TestPrefWindow::cleanupTestCase()
-{
-    WindowController::setBackend(nullptr);
-}
-
-QList<QWindow *> TestPrefWindow::settingsWindows() const
-{
-    QList<QWindow *> windows;
-    for (QWindow *window : QGuiApplication::topLevelWindows()) {
-        if (window->title() == QLatin1String("Settings"))
-            windows << window;
+    QList<QWindow *> settingsWindows() const
+    {
+        QList<QWindow *> windows;
+        for (QWindow *window : QGuiApplication::topLevelWindows()) {
+            if (window->title() == QLatin1String("Settings"))
+                windows << window;
+        }
+        return windows;
     }
-    return windows;
-}
+    QQuickItem *rootOf(QQuickView *view) const { return view->rootObject(); }
 
-void TestPrefWindow::writeAutostartEntry(const QString &extra)
-{
-    const QString path = AutostartLoginItem::entryPath();
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("[Desktop Entry]\nType=Application\nName=Narv\nExec=narv\n");
-    file.write(extra.toUtf8());
-}
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_home.emplace();
+        auto backend = std::make_unique<QmlWindowBackend>();
+        m_backend = backend.get();
+        WindowController::setBackend(std::move(backend));
+    }
 
-QStringList TestPrefWindow::newLogMessages()
-{
-    QFile file(Logger::logfilePath());
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    file.seek(m_logOffset);
-    const QByteArray bytes = file.readAll();
-    m_logOffset += bytes.size();
-    QStringList messages;
-    for (const QString &line : QString::fromUtf8(bytes).split(u'\n', Qt::SkipEmptyParts))
-        messages << line.section(QStringLiteral(" : "), 1);
-    return messages;
-}
+    void init()
+    {
+        PreferencesStore::instance().clear();
+        QFile::remove(AutostartLoginItem::entryPath());
+        m_log.newMessages();
+    }
 
-void TestPrefWindow::madeOnceAndRaised()
-{
-    QVERIFY(settingsWindows().isEmpty());
-    WindowController::showPrefView();
-    QQuickView *window = m_backend->preferencesWindow();
-    QVERIFY(QTest::qWaitForWindowExposed(window));
-    QCOMPARE(window->status(), QQuickView::Ready);
-    QCOMPARE(window->title(), QStringLiteral("Settings"));
-    QCOMPARE(window->minimumSize(), QSize(480, 400));
-    QVERIFY(window->width() >= 480 && window->height() >= 400);
-    QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 0);
+    void cleanupTestCase() { WindowController::setBackend(nullptr); }
 
-    // Asked again (the menu, a second start of Narv): the same window, in
-    // front and with the keyboard.
-    window->resize(700, 650);
-    rootOf(window)->setProperty("currentIndex", 2);
-    WindowController::showPrefView();
-    QCOMPARE(settingsWindows(), QList<QWindow *>{window});
-    QCOMPARE(m_backend->preferencesWindow(), window);
-    QVERIFY(QTest::qWaitForWindowActive(window));
-    QTRY_COMPARE(window->size(), QSize(700, 650));
-    QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 2);
-    QCOMPARE(newLogMessages().count(QStringLiteral("create preferences window")), 1);
+    void madeOnceAndRaised()
+    {
+        QVERIFY(settingsWindows().isEmpty());
+        WindowController::showPrefView();
+        QQuickView *window = m_backend->preferencesWindow();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QCOMPARE(window->status(), QQuickView::Ready);
+        QCOMPARE(window->title(), QStringLiteral("Settings"));
+        QCOMPARE(window->minimumSize(), QSize(480, 400));
+        QVERIFY(window->width() >= 480 && window->height() >= 400);
+        QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 0);
 
-    // The window manager is told the minimum.
-    QProcess xprop;
-    xprop.start(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::number(window->winId()),
-                                          QStringLiteral("WM_NORMAL_HINTS")});
-    QVERIFY(xprop.waitForFinished(10000));
-    QVERIFY2(xprop.readAllStandardOutput().contains("minimum size: 480 by 400"),
-             "WM_NORMAL_HINTS without the minimum size");
-}
+        // Asked again (the menu, a second start of Narv): the same window, in
+        // front and with the keyboard.
+        window->resize(700, 650);
+        rootOf(window)->setProperty("currentIndex", 2);
+        WindowController::showPrefView();
+        QCOMPARE(settingsWindows(), QList<QWindow *>{window});
+        QCOMPARE(m_backend->preferencesWindow(), window);
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QTRY_COMPARE(window->size(), QSize(700, 650));
+        QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 2);
+        QCOMPARE(m_log.newMessages().count(QStringLiteral("create preferences window")), 1);
 
-void TestPrefWindow::closesWithCtrlWAndReopensOnTheFirstTab()
-{
-    WindowController::showPrefView();
-    QQuickView *window = m_backend->preferencesWindow();
-    QVERIFY(QTest::qWaitForWindowActive(window));
-    rootOf(window)->setProperty("currentIndex", 3);
-    QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier);
-    QTRY_VERIFY(!window->isVisible());
+        // The window manager is told the minimum.
+        QProcess xprop;
+        xprop.start(QStringLiteral("xprop"),
+                    {QStringLiteral("-id"), QString::number(window->winId()),
+                     QStringLiteral("WM_NORMAL_HINTS")});
+        QVERIFY(xprop.waitForFinished(10000));
+        QVERIFY2(xprop.readAllStandardOutput().contains("minimum size: 480 by 400"),
+                 "WM_NORMAL_HINTS without the minimum size");
+    }
 
-    WindowController::showPrefView();
-    QVERIFY(QTest::qWaitForWindowExposed(window));
-    QCOMPARE(m_backend->preferencesWindow(), window);
-    QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 0);
-    window->close();
-}
+    void closesWithCtrlWAndReopensOnTheFirstTab()
+    {
+        WindowController::showPrefView();
+        QQuickView *window = m_backend->preferencesWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        rootOf(window)->setProperty("currentIndex", 3);
+        QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier);
+        QTRY_VERIFY(!window->isVisible());
 
-void TestPrefWindow::showsTheLoginItemAsTheDesktopHasIt_data()
-{
-    QTest::addColumn<bool>("stored");
-    QTest::addColumn<QString>("entry"); // null: no entry
-    QTest::addColumn<bool>("shown");
+        WindowController::showPrefView();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QCOMPARE(m_backend->preferencesWindow(), window);
+        QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 0);
+        window->close();
+    }
 
-    QTest::newRow("entry removed behind Narv's back") << true << QString() << false;
-    QTest::newRow("entry added behind Narv's back") << false << QStringLiteral("") << true;
-    QTest::newRow("entry switched off in GNOME")
-        << true << QStringLiteral("X-GNOME-Autostart-enabled=false\n") << false;
-    QTest::newRow("entry hidden") << true << QStringLiteral("Hidden=true\n") << false;
-    QTest::newRow("in step") << true << QStringLiteral("X-GNOME-Autostart-enabled=true\n") << true;
-}
+    void showsTheLoginItemAsTheDesktopHasIt_data()
+    {
+        QTest::addColumn<bool>("stored");
+        QTest::addColumn<QString>("entry"); // null: no entry
+        QTest::addColumn<bool>("shown");
 
-void TestPrefWindow::showsTheLoginItemAsTheDesktopHasIt()
-{
-    QFETCH(bool, stored);
-    QFETCH(QString, entry);
-    QFETCH(bool, shown);
+        QTest::newRow("entry removed behind Narv's back") << true << QString() << false;
+        QTest::newRow("entry added behind Narv's back") << false << QStringLiteral("") << true;
+        QTest::newRow("entry switched off in GNOME")
+            << true << QStringLiteral("X-GNOME-Autostart-enabled=false\n") << false;
+        QTest::newRow("entry hidden") << true << QStringLiteral("Hidden=true\n") << false;
+        QTest::newRow("in step") << true << QStringLiteral("X-GNOME-Autostart-enabled=true\n")
+                                 << true;
+    }
 
-    QSettings file(PreferencesStore::instance().filePath(), QSettings::IniFormat);
-    PreferencesStore::instance().setBool(QString::fromLatin1(PrefState::launchAtLoginKey), stored);
-    if (!entry.isNull())
-        writeAutostartEntry(entry);
-    newLogMessages();
+    void showsTheLoginItemAsTheDesktopHasIt()
+    {
+        QFETCH(bool, stored);
+        QFETCH(QString, entry);
+        QFETCH(bool, shown);
 
-    WindowController::showPrefView();
-    QQuickView *window = m_backend->preferencesWindow();
-    QVERIFY(QTest::qWaitForWindowExposed(window));
-    auto *box = rootOf(window)->findChild<QQuickItem *>(QStringLiteral("launchAtLogin"));
-    QVERIFY(box);
-    QTRY_COMPARE(box->property("checked").toBool(), shown);
-    file.sync();
-    QCOMPARE(file.value(QString::fromLatin1(PrefState::launchAtLoginKey)).toString(),
-             shown ? QStringLiteral("true") : QStringLiteral("false"));
-    // Recorded, not acted on: the entry is as it was.
-    QCOMPARE(QFile::exists(AutostartLoginItem::entryPath()), !entry.isNull());
-    const bool logged =
-        newLogMessages().filter(QStringLiteral("launch at login: the setting says")).size() == 1;
-    QCOMPARE(logged, stored != shown);
-    window->close();
-    QTRY_VERIFY(!window->isVisible());
-}
+        QSettings file(PreferencesStore::instance().filePath(), QSettings::IniFormat);
+        PreferencesStore::instance().setBool(QString::fromLatin1(PrefState::launchAtLoginKey),
+                                             stored);
+        if (!entry.isNull())
+            QVERIFY(TestSupport::writeFile(
+                AutostartLoginItem::entryPath(),
+                "[Desktop Entry]\nType=Application\nName=Narv\nExec=narv\n" + entry.toUtf8()));
+        m_log.newMessages();
+
+        WindowController::showPrefView();
+        QQuickView *window = m_backend->preferencesWindow();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        auto *box = rootOf(window)->findChild<QQuickItem *>(QStringLiteral("launchAtLogin"));
+        QVERIFY(box);
+        QTRY_COMPARE(box->property("checked").toBool(), shown);
+        file.sync();
+        QCOMPARE(file.value(QString::fromLatin1(PrefState::launchAtLoginKey)).toString(),
+                 shown ? QStringLiteral("true") : QStringLiteral("false"));
+        // Recorded, not acted on: the entry is as it was.
+        QCOMPARE(QFile::exists(AutostartLoginItem::entryPath()), !entry.isNull());
+        const bool logged = m_log.newMessages()
+                                .filter(QStringLiteral("launch at login: the setting says"))
+                                .size() == 1;
+        QCOMPARE(logged, stored != shown);
+        window->close();
+        QTRY_VERIFY(!window->isVisible());
+    }
+};
 
 QTEST_MAIN(TestPrefWindow)
 

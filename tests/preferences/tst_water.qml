@@ -3,9 +3,8 @@ import QtTest
 import Narv.Preferences
 import NarvTest
 
-// The Water tab: what it shows on a fresh install, the target stepper without
-// bounds, the reminder switched on and off, the working hours re-arming the
-// reminder, and the interval chips.
+// The Water tab: what it shows on a fresh install, the reminder switched on
+// and off, the working hours re-arming the reminder, and the interval chips.
 Item {
     id: root
 
@@ -83,17 +82,6 @@ Item {
             verify(xs[0] > 20);
             for (let i = 1; i < names.length; ++i)
                 compare(xs[i], xs[0], names[i]);
-        }
-
-        function test_switchOnOutsideWorkingHours() {
-            Probe.setNow("21:00");
-            mouseClick(findChild(water, "enable"));
-            compare(Probe.stored("pref.water.enable"), "true");
-            verify(Probe.hasWaterItem(), "the status menu gains its water item");
-            compare(Probe.waterItemTitle(), "Water (0% Out of hours)");
-            verify(messages().includes("Not in work time"));
-            compare(Probe.waterReminderDue(), "", "no reminder this evening");
-            verify(!Probe.waterViewVisible());
         }
 
         function test_switchOnAndOff() {

@@ -4,19 +4,19 @@
 // tags and enabled flags; the water item coming and going; the clicks reaching
 // their targets; the feedback mail's text; the translation tables.
 
+#include "FakeStatusItem.h"
+#include "FakeWindows.h"
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppInfo.h"
 #include "app/AppState.h"
 #include "app/Localized.h"
-#include "app/Log.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
 #include "settings/PrefState.h"
 #include "settings/PreferencesStore.h"
 #include "statusbar/MenuAction.h"
-#include "statusbar/StatusBarController.h"
-#include "windows/WindowController.h"
 
 #include <QFile>
 #include <QTest>
@@ -31,61 +31,30 @@ using TestSupport::ScratchHome;
 
 namespace {
 
-struct Calls {
-    int layoutChanges = 0;
-    QList<int> changedItems;
-    QStringList windows; // "prefs", "about", "water", "updates"
-    struct Mail {
-        QString recipient, subject, body, attachment;
-    };
-    QList<Mail> mails;
-};
-
-class FakeItem : public StatusItemBackend {
-public:
-    explicit FakeItem(Calls &calls) : m_calls(calls) {}
-    void setTitle(const QString &) override {}
-    void setPauseItem(const QString &, const QString &) override {}
-    void menuLayoutChanged() override { ++m_calls.layoutChanges; }
-    void menuItemChanged(int id) override { m_calls.changedItems.append(id); }
-
-private:
-    Calls &m_calls;
-};
-
-class FakeWindows : public WindowBackend {
-public:
-    explicit FakeWindows(Calls &calls) : m_calls(calls) {}
-    void showBreak() override {}
-    void closeBreak() override {}
-    void showAbout() override { m_calls.windows.append(QStringLiteral("about")); }
-    void showPrefView() override { m_calls.windows.append(QStringLiteral("prefs")); }
-    void showWaterView() override { m_calls.windows.append(QStringLiteral("water")); }
-
-private:
-    Calls &m_calls;
-};
-
 class FakeUpdates : public UpdateChecker {
 public:
-    explicit FakeUpdates(Calls &calls) : m_calls(calls) {}
-    void checkForUpdates() override { m_calls.windows.append(QStringLiteral("updates")); }
+    explicit FakeUpdates(QStringList &calls) : m_calls(calls) {}
+    void checkForUpdates() override { m_calls.append(QStringLiteral("checkForUpdates")); }
 
 private:
-    Calls &m_calls;
+    QStringList &m_calls;
+};
+
+struct Mail {
+    QString recipient, subject, body, attachment;
 };
 
 class FakeMail : public MailComposer {
 public:
-    explicit FakeMail(Calls &calls) : m_calls(calls) {}
+    explicit FakeMail(QList<Mail> &mails) : m_mails(mails) {}
     void compose(const QString &recipient, const QString &subject, const QString &body,
                  const QString &attachment) override
     {
-        m_calls.mails.append({recipient, subject, body, attachment});
+        m_mails.append({recipient, subject, body, attachment});
     }
 
 private:
-    Calls &m_calls;
+    QList<Mail> &m_mails;
 };
 
 // What the water source hands out; the tests change it between calls.
@@ -129,282 +98,242 @@ QStringList describe(const QList<MenuItem> &menu)
 class TestMenu : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-
-    void menuInOrder();
-    void tagsFromRawValues_data();
-    void tagsFromRawValues();
-    void headerCannotBeChosen();
-    void clicksReachTheirTargets();
-
-    void waterTitle_data();
-    void waterTitle();
-    void waterItemComesAndGoes();
-    void waterItemAtLaunch();
-    void unshowableFractionIsFatal_data();
-    void unshowableFractionIsFatal();
-
-    void feedbackMail();
-    void translations();
-
-private:
-    int indexOf(const QString &titlePrefix) const;
-
     std::optional<ScratchHome> m_home;
     ManualTickSource m_ticks;
-    Calls m_calls;
+    FakeWindows *m_windows = nullptr;
+    FakeStatusItem *m_item = nullptr;
+    QList<Mail> m_mails;
+
+    int indexOf(const QString &titlePrefix) const
+    {
+        const QList<MenuItem> &menu = StatusBarController::menu();
+        for (int i = 0; i < menu.size(); ++i) {
+            if (menu.at(i).title.startsWith(titlePrefix))
+                return i;
+        }
+        return -1;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_home.emplace();
+        QCOMPARE(loadTranslations(QLocale(QLocale::English)), QStringList{QStringLiteral("en")});
+        TicktackController::setTimer(&m_ticks);
+        m_windows = &FakeWindows::install();
+        WindowController::setUpdateChecker(std::make_unique<FakeUpdates>(m_windows->calls));
+        FakeStatusItem::installFactory(&m_item);
+        installWaterSource();
+        AppState::setWorking(true);
+        StatusBarController::item();
+    }
+
+    void init()
+    {
+        PreferencesStore::instance().clear();
+        AppState::setManualPause(false);
+        StatusBarController::removeWaterItem();
+        water() = {};
+        m_windows->calls.clear();
+        *m_item = {};
+        m_mails.clear();
+    }
+
+    void menuInOrder()
+    {
+        const QString header =
+            QStringLiteral("    Narv - v%1(%2)").arg(AppInfo::version(), AppInfo::build());
+        QCOMPARE(describe(StatusBarController::menu()),
+                 (QStringList{
+                     header + QStringLiteral("|||0|off"),
+                     QStringLiteral("-"),
+                     QStringLiteral("- Stop -|stop.circle|p|2|on"),
+                     QStringLiteral("Settings...|gearshape.circle|,|0|on"),
+                     QStringLiteral("-"),
+                     QStringLiteral("Check for Updates...|arrow.counterclockwise.icloud||0|on"),
+                     QStringLiteral("Feedback...|mail.stack||0|on"),
+                     QStringLiteral("About...|info.circle||0|on"),
+                     QStringLiteral("Quit|escape|q|0|on"),
+                 }));
+        // Ids tell items apart for the panels: unique, and found again by id and
+        // tag.
+        QSet<int> ids;
+        for (const MenuItem &item : StatusBarController::menu()) {
+            QVERIFY(item.id > 0);
+            ids.insert(item.id);
+            QCOMPARE(StatusBarController::itemWithId(item.id), &item);
+        }
+        QCOMPARE(ids.size(), StatusBarController::menu().size());
+        QCOMPARE(StatusBarController::itemWithTag(Tag::pause), &StatusBarController::menu().at(2));
+        QCOMPARE(StatusBarController::itemWithTag(Tag::water), nullptr);
+    }
+
+    void clicksReachTheirTargets()
+    {
+        // The header, a separator and an unknown id cannot be chosen.
+        QVERIFY(!StatusBarController::activate(StatusBarController::menu().at(0).id));
+        QVERIFY(!StatusBarController::activate(StatusBarController::menu().at(1).id));
+        QVERIFY(!StatusBarController::activate(9999));
+        QVERIFY(m_windows->calls.isEmpty());
+
+        const auto click = [this](const QString &title) {
+            const int index = indexOf(title);
+            QVERIFY2(index >= 0, qPrintable(title));
+            QVERIFY(StatusBarController::activate(StatusBarController::menu().at(index).id));
+        };
+        click(QStringLiteral("Settings"));
+        click(QStringLiteral("Check for Updates"));
+        click(QStringLiteral("About"));
+        QCOMPARE(m_windows->calls,
+                 (QStringList{QStringLiteral("showPrefView"), QStringLiteral("checkForUpdates"),
+                              QStringLiteral("showAbout")}));
+
+        // Start/stop pauses and resumes.
+        const int pauseId = StatusBarController::itemWithTag(Tag::pause)->id;
+        QVERIFY(StatusBarController::activate(pauseId));
+        QVERIFY(AppState::manualPause());
+        QCOMPARE(StatusBarController::itemWithTag(Tag::pause)->image,
+                 QStringLiteral("play.circle"));
+        QVERIFY(StatusBarController::activate(pauseId));
+        QVERIFY(!AppState::manualPause());
+
+        StatusBarController::insetWaterItem();
+        QVERIFY(StatusBarController::activate(StatusBarController::itemWithTag(Tag::water)->id));
+        QCOMPARE(m_windows->calls.last(), QStringLiteral("showWaterView"));
+    }
+
+    void waterTitle_data()
+    {
+        QTest::addColumn<float>("finished");
+        QTest::addColumn<bool>("inWorkTime");
+        QTest::addColumn<QString>("title");
+        // The space before ")" inside working hours is kept on purpose.
+        QTest::newRow("45, working") << 0.456f << true << QStringLiteral("Water (45% )");
+        QTest::newRow("45, out of hours")
+            << 0.456f << false << QStringLiteral("Water (45% Out of hours)");
+        QTest::newRow("past the target") << 1.5f << true << QStringLiteral("Water (150% )");
+        QTest::newRow("just under") << 0.999f << true << QStringLiteral("Water (99% )");
+        // In float arithmetic 0.29 * 100 is 29; in double it would be 28.999...
+        QTest::newRow("float arithmetic") << 0.29f << true << QStringLiteral("Water (29% )");
+        QTest::newRow("toward zero") << -0.456f << true << QStringLiteral("Water (-45% )");
+    }
+
+    void waterTitle()
+    {
+        QFETCH(float, finished);
+        QFETCH(bool, inWorkTime);
+        QFETCH(QString, title);
+        QCOMPARE(StatusBarController::waterTitle(finished, inWorkTime), title);
+    }
+
+    void waterItemComesAndGoes()
+    {
+        water() = {true, 0.456f, true};
+        StatusBarController::insetWaterItem();
+        StatusBarController::insetWaterItem(); // twice: still one
+        QCOMPARE(m_item->layoutChanges, 1);
+        const QList<MenuItem> &menu = StatusBarController::menu();
+        QCOMPARE(menu.size(), 10);
+        QCOMPARE(describe({menu.at(3)}).first(),
+                 QStringLiteral("Water (45% )|drop.triangle|r|3|on"));
+        QCOMPARE(menu.at(2).tag,
+                 int(Tag::pause)); // right after the start/stop item
+        const int firstId = menu.at(3).id;
+
+        water().inWorkTime = false;
+        water().finished = 0.5f;
+        StatusBarController::updateWaterItem();
+        QCOMPARE(StatusBarController::itemWithTag(Tag::water)->title,
+                 QStringLiteral("Water (50% Out of hours)"));
+        QCOMPARE(m_item->changedItems, QList<int>{firstId});
+
+        StatusBarController::removeWaterItem();
+        StatusBarController::removeWaterItem(); // already gone: nothing happens
+        StatusBarController::updateWaterItem();
+        QCOMPARE(m_item->layoutChanges, 2);
+        QCOMPARE(m_item->changedItems.size(), 1);
+        QCOMPARE(StatusBarController::menu().size(), 9);
+        QCOMPARE(StatusBarController::itemWithTag(Tag::water), nullptr);
+
+        // A fresh item each time, with the title of the moment.
+        StatusBarController::insetWaterItem();
+        QCOMPARE(StatusBarController::menu().at(3).title,
+                 QStringLiteral("Water (50% Out of hours)"));
+        QVERIFY(StatusBarController::menu().at(3).id != firstId);
+    }
+
+    void waterItemAtLaunch()
+    {
+        // The menu is built once per process, so this looks at a fresh one.
+        QTemporaryDir home;
+        const auto child = TestSupport::runChild(QStringLiteral("water-at-launch"), home.path());
+        QCOMPARE(child.exitCode, 0);
+        QCOMPARE(child.err.trimmed(), QByteArray("3 Water (12% )|drop.triangle|r|3|on 10"));
+    }
+
+    void unshowableFractionIsFatal_data()
+    {
+        QTest::addColumn<QString>("fraction");
+        QTest::newRow("not a number") << QStringLiteral("nan");
+        QTest::newRow("infinite") << QStringLiteral("inf");
+        QTest::newRow("beyond 64 bits") << QStringLiteral("1e18");
+    }
+
+    void unshowableFractionIsFatal()
+    {
+        QFETCH(QString, fraction);
+        const auto child =
+            LogTail::runFatalChild(QStringLiteral("water-title"), m_home->path(), {fraction});
+        QVERIFY(child.crashed);
+        QVERIFY2(child.log.contains(" critical app.narv.Narv : Fatal error: water finishedPrecent"),
+                 child.log.constData());
+    }
+
+    void feedbackMail()
+    {
+        const QString expected =
+            QStringLiteral("Please use Chinese or English in your mail, if you "
+                           "can.\n\n\n\n\n\n\n\n"
+                           "App version: v%1(%2)\nDevice model: %3\nSystem version: %4\n")
+                .arg(AppInfo::version(), AppInfo::build(), AppInfo::model(), AppInfo::osVersion());
+        QCOMPARE(MenuAction::feedbackBody(), expected);
+        QCOMPARE(MenuAction::feedbackSubject(), QStringLiteral("Narv Feedback"));
+
+        // No way to write mail in this session: the command does nothing.
+        MenuAction::setMailService([] { return std::unique_ptr<MailComposer>(); });
+        MenuAction::didClickFeedback(nullptr);
+        QVERIFY(m_mails.isEmpty());
+
+        MenuAction::setMailService([this] { return std::make_unique<FakeMail>(m_mails); });
+        QVERIFY(StatusBarController::activate(
+            StatusBarController::menu().at(indexOf(QStringLiteral("Feedback"))).id));
+        QCOMPARE(m_mails.size(), 1);
+        QCOMPARE(m_mails[0].recipient, QStringLiteral("feedback@narv.app"));
+        QCOMPARE(m_mails[0].subject, QStringLiteral("Narv Feedback"));
+        QCOMPARE(m_mails[0].body, expected);
+        QCOMPARE(m_mails[0].attachment, Logger::logfilePath()); // today's log
+        QVERIFY(QFile::exists(m_mails[0].attachment));
+    }
+
+    void translations()
+    {
+        // English is the base: the kept key reads as the word.
+        QCOMPARE(localized("Wrok"), QStringLiteral("Work"));
+        QCOMPARE(localized("Out of hours"), QStringLiteral("Out of hours"));
+        QCOMPARE(localized("not in any table"), QStringLiteral("not in any table"));
+
+        QTemporaryDir home;
+        const auto child = TestSupport::runChild(QStringLiteral("chinese-menu"), home.path());
+        QCOMPARE(child.exitCode, 0);
+        const QStringList lines = QString::fromUtf8(child.err).trimmed().split(u'\n');
+        QCOMPARE(lines, (QStringList{
+                            QStringLiteral("en zh_CN"),
+                            QStringLiteral("- 停止 -|- 工作 -"),
+                            QStringLiteral("设置...|检查更新...|反馈...|关于...|退出"),
+                            QStringLiteral("喝水 (45% 非工作时间)"),
+                        }));
+    }
 };
-
-void TestMenu::initTestCase()
-{
-    m_home.emplace();
-    QCOMPARE(loadTranslations(QLocale(QLocale::English)), QStringList{QStringLiteral("en")});
-    TicktackController::setTimer(&m_ticks);
-    WindowController::setBackend(std::make_unique<FakeWindows>(m_calls));
-    WindowController::setUpdateChecker(std::make_unique<FakeUpdates>(m_calls));
-    StatusBarController::setBackendFactory([this] { return std::make_unique<FakeItem>(m_calls); });
-    installWaterSource();
-    AppState::setWorking(true);
-    StatusBarController::item();
-}
-
-void TestMenu::init()
-{
-    PreferencesStore::instance().clear();
-    AppState::setManualPause(false);
-    StatusBarController::removeWaterItem();
-    water() = {};
-    m_calls = {};
-}
-
-int TestMenu::indexOf(const QString &titlePrefix) const
-{
-    const QList<MenuItem> &menu = StatusBarController::menu();
-    for (int i = 0; i < menu.size(); ++i) {
-        if (menu.at(i).title.startsWith(titlePrefix))
-            return i;
-    }
-    return -1;
-}
-
-void TestMenu::menuInOrder()
-{
-    const QString header =
-        QStringLiteral("    Narv - v%1(%2)").arg(AppInfo::version(), AppInfo::build());
-    QCOMPARE(describe(StatusBarController::menu()),
-             (QStringList{
-                 header + QStringLiteral("|||0|off"),
-                 QStringLiteral("-"),
-                 QStringLiteral("- Stop -|stop.circle|p|2|on"),
-                 QStringLiteral("Settings...|gearshape.circle|,|0|on"),
-                 QStringLiteral("-"),
-                 QStringLiteral("Check for Updates...|arrow.counterclockwise.icloud||0|on"),
-                 QStringLiteral("Feedback...|mail.stack||0|on"),
-                 QStringLiteral("About...|info.circle||0|on"),
-                 QStringLiteral("Quit|escape|q|0|on"),
-             }));
-    // Ids tell items apart for the panels: unique, and found again by id and tag.
-    QSet<int> ids;
-    for (const MenuItem &item : StatusBarController::menu()) {
-        QVERIFY(item.id > 0);
-        ids.insert(item.id);
-        QCOMPARE(StatusBarController::itemWithId(item.id), &item);
-    }
-    QCOMPARE(ids.size(), StatusBarController::menu().size());
-    QCOMPARE(StatusBarController::itemWithTag(Tag::pause), &StatusBarController::menu().at(2));
-    QCOMPARE(StatusBarController::itemWithTag(Tag::water), nullptr);
-}
-
-void TestMenu::tagsFromRawValues_data()
-{
-    QTest::addColumn<int>("raw");
-    QTest::addColumn<int>("tag"); // -1: none
-    QTest::newRow("0") << 0 << -1;
-    QTest::newRow("1") << 1 << -1;
-    QTest::newRow("pause") << 2 << 2;
-    QTest::newRow("water") << 3 << 3;
-    QTest::newRow("4") << 4 << -1;
-    QTest::newRow("negative") << -2 << -1;
-}
-
-void TestMenu::tagsFromRawValues()
-{
-    QFETCH(int, raw);
-    QFETCH(int, tag);
-    const std::optional<Tag> result = StatusBarController::tagFromRawValue(raw);
-    QCOMPARE(result ? int(*result) : -1, tag);
-}
-
-void TestMenu::headerCannotBeChosen()
-{
-    const MenuItem &header = StatusBarController::menu().first();
-    QVERIFY(!StatusBarController::activate(header.id));
-    QVERIFY(!StatusBarController::activate(StatusBarController::menu().at(1).id)); // separator
-    QVERIFY(!StatusBarController::activate(9999));
-    QVERIFY(m_calls.windows.isEmpty());
-}
-
-void TestMenu::clicksReachTheirTargets()
-{
-    const auto click = [this](const QString &title) {
-        const int index = indexOf(title);
-        QVERIFY2(index >= 0, qPrintable(title));
-        QVERIFY(StatusBarController::activate(StatusBarController::menu().at(index).id));
-    };
-    click(QStringLiteral("Settings"));
-    click(QStringLiteral("Check for Updates"));
-    click(QStringLiteral("About"));
-    QCOMPARE(m_calls.windows, (QStringList{QStringLiteral("prefs"), QStringLiteral("updates"),
-                                           QStringLiteral("about")}));
-
-    // Start/stop pauses and resumes.
-    const int pauseId = StatusBarController::itemWithTag(Tag::pause)->id;
-    QVERIFY(StatusBarController::activate(pauseId));
-    QVERIFY(AppState::manualPause());
-    QCOMPARE(StatusBarController::itemWithTag(Tag::pause)->image, QStringLiteral("play.circle"));
-    QVERIFY(StatusBarController::activate(pauseId));
-    QVERIFY(!AppState::manualPause());
-
-    StatusBarController::insetWaterItem();
-    QVERIFY(StatusBarController::activate(StatusBarController::itemWithTag(Tag::water)->id));
-    QCOMPARE(m_calls.windows.last(), QStringLiteral("water"));
-}
-
-void TestMenu::waterTitle_data()
-{
-    QTest::addColumn<float>("finished");
-    QTest::addColumn<bool>("inWorkTime");
-    QTest::addColumn<QString>("title");
-    // The space before ")" inside working hours is kept on purpose.
-    QTest::newRow("45, working") << 0.456f << true << QStringLiteral("Water (45% )");
-    QTest::newRow("45, out of hours")
-        << 0.456f << false << QStringLiteral("Water (45% Out of hours)");
-    QTest::newRow("nothing yet") << 0.0f << true << QStringLiteral("Water (0% )");
-    QTest::newRow("all of it") << 1.0f << true << QStringLiteral("Water (100% )");
-    QTest::newRow("past the target") << 1.5f << true << QStringLiteral("Water (150% )");
-    QTest::newRow("just under") << 0.999f << true << QStringLiteral("Water (99% )");
-    // In float arithmetic 0.29 * 100 is 29; in double it would be 28.999...
-    QTest::newRow("float arithmetic") << 0.29f << true << QStringLiteral("Water (29% )");
-    QTest::newRow("toward zero") << -0.456f << true << QStringLiteral("Water (-45% )");
-}
-
-void TestMenu::waterTitle()
-{
-    QFETCH(float, finished);
-    QFETCH(bool, inWorkTime);
-    QFETCH(QString, title);
-    QCOMPARE(StatusBarController::waterTitle(finished, inWorkTime), title);
-}
-
-void TestMenu::waterItemComesAndGoes()
-{
-    water() = {true, 0.456f, true};
-    StatusBarController::insetWaterItem();
-    StatusBarController::insetWaterItem(); // twice: still one
-    QCOMPARE(m_calls.layoutChanges, 1);
-    const QList<MenuItem> &menu = StatusBarController::menu();
-    QCOMPARE(menu.size(), 10);
-    QCOMPARE(describe({menu.at(3)}).first(), QStringLiteral("Water (45% )|drop.triangle|r|3|on"));
-    QCOMPARE(menu.at(2).tag, int(Tag::pause)); // right after the start/stop item
-    const int firstId = menu.at(3).id;
-
-    water().inWorkTime = false;
-    water().finished = 0.5f;
-    StatusBarController::updateWaterItem();
-    QCOMPARE(StatusBarController::itemWithTag(Tag::water)->title,
-             QStringLiteral("Water (50% Out of hours)"));
-    QCOMPARE(m_calls.changedItems, QList<int>{firstId});
-
-    StatusBarController::removeWaterItem();
-    StatusBarController::removeWaterItem(); // already gone: nothing happens
-    StatusBarController::updateWaterItem();
-    QCOMPARE(m_calls.layoutChanges, 2);
-    QCOMPARE(m_calls.changedItems.size(), 1);
-    QCOMPARE(StatusBarController::menu().size(), 9);
-    QCOMPARE(StatusBarController::itemWithTag(Tag::water), nullptr);
-
-    // A fresh item each time, with the title of the moment.
-    StatusBarController::insetWaterItem();
-    QCOMPARE(StatusBarController::menu().at(3).title, QStringLiteral("Water (50% Out of hours)"));
-    QVERIFY(StatusBarController::menu().at(3).id != firstId);
-}
-
-void TestMenu::waterItemAtLaunch()
-{
-    // The menu is built once per process, so this looks at a fresh one.
-    QTemporaryDir home;
-    const auto child = TestSupport::runChild(QStringLiteral("water-at-launch"), home.path());
-    QCOMPARE(child.exitCode, 0);
-    QCOMPARE(child.err.trimmed(), QByteArray("3 Water (12% )|drop.triangle|r|3|on 10"));
-}
-
-void TestMenu::unshowableFractionIsFatal_data()
-{
-    QTest::addColumn<QString>("fraction");
-    QTest::newRow("not a number") << QStringLiteral("nan");
-    QTest::newRow("infinite") << QStringLiteral("inf");
-    QTest::newRow("beyond 64 bits") << QStringLiteral("1e18");
-}
-
-void TestMenu::unshowableFractionIsFatal()
-{
-    QFETCH(QString, fraction);
-    QTemporaryDir home;
-    const auto child =
-        TestSupport::runChild(QStringLiteral("water-title"), home.path(), {fraction});
-    QCOMPARE(child.status, QProcess::CrashExit);
-    QFile log(Logger::logfilePath().replace(m_home->path(), home.path()));
-    QVERIFY2(log.open(QIODevice::ReadOnly), qPrintable(log.fileName()));
-    const QByteArray text = log.readAll();
-    QVERIFY2(text.contains(" critical app.narv.Narv : Fatal error: water finishedPrecent"),
-             text.constData());
-}
-
-void TestMenu::feedbackMail()
-{
-    const QString expected =
-        QStringLiteral("Please use Chinese or English in your mail, if you can.\n\n\n\n\n\n\n\n"
-                       "App version: v%1(%2)\nDevice model: %3\nSystem version: %4\n")
-            .arg(AppInfo::version(), AppInfo::build(), AppInfo::model(), AppInfo::osVersion());
-    QCOMPARE(MenuAction::feedbackBody(), expected);
-    QCOMPARE(MenuAction::feedbackSubject(), QStringLiteral("Narv Feedback"));
-
-    // No way to write mail in this session: the command does nothing.
-    MenuAction::setMailService([] { return std::unique_ptr<MailComposer>(); });
-    MenuAction::didClickFeedback(nullptr);
-    QVERIFY(m_calls.mails.isEmpty());
-
-    MenuAction::setMailService([this] { return std::make_unique<FakeMail>(m_calls); });
-    QVERIFY(StatusBarController::activate(
-        StatusBarController::menu().at(indexOf(QStringLiteral("Feedback"))).id));
-    QCOMPARE(m_calls.mails.size(), 1);
-    QCOMPARE(m_calls.mails[0].recipient, QStringLiteral("feedback@narv.app"));
-    QCOMPARE(m_calls.mails[0].subject, QStringLiteral("Narv Feedback"));
-    QCOMPARE(m_calls.mails[0].body, expected);
-    QCOMPARE(m_calls.mails[0].attachment, Logger::logfilePath()); // today's log
-    QVERIFY(QFile::exists(m_calls.mails[0].attachment));
-}
-
-void TestMenu::translations()
-{
-    // English is the base: the kept key reads as the word.
-    QCOMPARE(localized("Wrok"), QStringLiteral("Work"));
-    QCOMPARE(localized("Out of hours"), QStringLiteral("Out of hours"));
-    QCOMPARE(localized("not in any table"), QStringLiteral("not in any table"));
-
-    QTemporaryDir home;
-    const auto child = TestSupport::runChild(QStringLiteral("chinese-menu"), home.path());
-    QCOMPARE(child.exitCode, 0);
-    const QStringList lines = QString::fromUtf8(child.err).trimmed().split(u'\n');
-    QCOMPARE(lines, (QStringList{
-                        QStringLiteral("en zh_CN"),
-                        QStringLiteral("- 停止 -|- 工作 -"),
-                        QStringLiteral("设置...|检查更新...|反馈...|关于...|退出"),
-                        QStringLiteral("喝水 (45% 非工作时间)"),
-                    }));
-}
 
 namespace {
 int waterAtLaunchChild(int argc, char **argv)
