@@ -94,9 +94,10 @@ struct ScopedEnv {
 // The test binary started as a child: "build" builds the process logger and
 // logs once; "reentrant" logs from inside the build (the clock is asked while
 // the logger is made); "fatal" routes Qt messages and ends with qFatal.
-int runChild(int argc, char **argv)
+int childMain(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    TestSupport::ScratchHome home;
     const QByteArray mode = argv[2];
     if (mode == "reentrant") {
         installQtMessageRouting();
@@ -127,15 +128,6 @@ class TestLogging : public QObject {
     QString fileFor(const QDateTime &now) const
     {
         return m_folder + AppInfo::identifier() + u'.' + logDateText(now, "en_US") + ".log";
-    }
-
-    void runChild(QProcess &child, const char *mode)
-    {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("XDG_CACHE_HOME"), m_dir->path());
-        child.setProcessEnvironment(env);
-        child.start(QCoreApplication::applicationFilePath(), {"--child", mode});
-        QVERIFY(child.waitForFinished(30000));
     }
 
 private Q_SLOTS:
@@ -425,16 +417,16 @@ private Q_SLOTS:
     void unusableFolderFallsBackToStdout()
     {
         // A plain file where the "narv" folder should be stops root as well.
-        TestSupport::writeFile(m_dir->filePath("narv"), "old\n");
-        QProcess child;
-        runChild(child, "build");
-        QCOMPARE(child.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(child.exitCode(), 0);
+        const QString blocker = m_dir->path() + "/cache/narv";
+        TestSupport::writeFile(blocker, "old\n");
+        const auto child = TestSupport::runChild("build", m_dir->path());
+        QCOMPARE(child.status, QProcess::NormalExit);
+        QCOMPARE(child.exitCode, 0);
 
-        QStringList out = QString::fromUtf8(child.readAllStandardOutput()).split(u'\n');
+        QStringList out = QString::fromUtf8(child.out).split(u'\n');
         const QString error = out.takeFirst();
         QVERIFY2(error.startsWith("create logger error: "), qPrintable(error));
-        QVERIFY2(error.contains(m_dir->filePath("narv")), qPrintable(error));
+        QVERIFY2(error.contains(blocker), qPrintable(error));
         out.removeAll({});
         const QString diff =
             mismatch(out, {appLine("info", hello()), appLine("info", "child done")});
@@ -443,31 +435,28 @@ private Q_SLOTS:
 
     void loggingWhileTheLoggerIsBuiltGoesToStderr()
     {
-        QProcess child;
-        runChild(child, "reentrant");
-        QCOMPARE(child.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(child.exitCode(), 0);
+        const auto child = TestSupport::runChild("reentrant", m_dir->path());
+        QCOMPARE(child.status, QProcess::NormalExit);
+        QCOMPARE(child.exitCode, 0);
 
-        const QStringList err = QString::fromUtf8(child.readAllStandardError()).split(u'\n');
+        const QStringList err = QString::fromUtf8(child.err).split(u'\n');
         QString diff =
             mismatch(err.filter(" : asked for the time"),
                      {appLine("warning", "asked for the time")}) +
             mismatch(err.filter(" : logged while"), {appLine("info", "logged while building")});
         QVERIFY2(diff.isEmpty(), qPrintable(diff + "\n" + err.join(u'\n')));
         // Once built, the logger works as usual.
-        diff = mismatch(
-            QString::fromUtf8(child.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts),
-            {appLine("info", hello()), appLine("info", "child done")});
+        diff = mismatch(QString::fromUtf8(child.out).split(u'\n', Qt::SkipEmptyParts),
+                        {appLine("info", hello()), appLine("info", "child done")});
         QVERIFY2(diff.isEmpty(), qPrintable(diff));
     }
 
     void fatalMessageIsInTheFileBeforeTheAbort()
     {
-        QProcess child;
-        runChild(child, "fatal");
-        QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+        const auto child = TestSupport::runChild("fatal", m_dir->path());
+        QCOMPARE(child.status, QProcess::CrashExit);
 
-        const QDir folder(m_dir->path() + "/narv/Logs");
+        const QDir folder(m_dir->path() + "/cache/narv/Logs");
         const QStringList files = folder.entryList(QDir::Files);
         QCOMPARE(files.size(), 1);
         QVERIFY(files[0].startsWith(AppInfo::identifier() + u'.') && files[0].endsWith(".log"));
@@ -479,14 +468,15 @@ private Q_SLOTS:
     }
 };
 
-// QTEST_GUILESS_MAIN, plus the way in for the child processes.
 int main(int argc, char **argv)
 {
-    if (argc > 2 && qstrcmp(argv[1], "--child") == 0)
-        return runChild(argc, argv);
+    const auto child = [&] { return childMain(argc, argv); };
+    const int code = TestSupport::runChildMode(
+        argc, argv, {{"build", child}, {"reentrant", child}, {"fatal", child}});
+    if (code >= 0)
+        return code;
     QCoreApplication app(argc, argv);
     TestLogging test;
-    QTEST_SET_MAIN_SOURCE_PATH
     return QTest::qExec(&test, argc, argv);
 }
 
