@@ -1,8 +1,8 @@
 #pragma once
 
-// The day's log file as the tests read it: how often a text occurs in it, the
-// messages written since the last look, and the log of a child that stopped
-// the program.
+// The day's log file as the tests read it: how often a text occurs in it,
+// the messages written since the last look, and what a child that stopped
+// the program logged.
 
 #include "TestSupport.h"
 

@@ -242,8 +242,7 @@ private Q_SLOTS:
         pref()->setWorkTime(1);
         PrefStyleState *style = pref()->styleState();
         style->setBreakStyle(BreakStyle::struggle);
-        // The edited list is for the Style tab; breaks draw from the built-in
-        // texts.
+        // The edited list is for the Style tab; breaks draw from the built-in texts.
         style->setPromptList({QStringLiteral("never shown")});
         QSet<QString> seen;
         for (int n = 0; n < 40; ++n) {

@@ -131,8 +131,7 @@ private Q_SLOTS:
         QCOMPARE(m_water->workItemDue(), at(10, 20));
         QCOMPARE(m_water->lastClickTimestamp(), at(10, 5).toMSecsSinceEpoch() / 1000.0);
 
-        // The first job's deadline passes without a panel, even when its timer
-        // goes off.
+        // The first job's deadline passes without a panel, even when its timer goes off.
         stepTo(at(10, 15));
         if (first)
             first->checkDeadline();

@@ -129,8 +129,7 @@ class TestEventSources : public QObject {
         return source;
     }
 
-    // ActiveChanged(active) from `interface` on `path`, sent by the owner of
-    // `interface`.
+    // ActiveChanged(active) from `interface` on `path`, sent by the owner of `interface`.
     void screenSaverSays(const QString &interface, const QString &path, bool active)
     {
         QDBusMessage signal =
@@ -167,8 +166,7 @@ private Q_SLOTS:
         QVERIFY(QDBusConnection::systemBus().isConnected());
         QVERIFY(qgetenv("DBUS_SYSTEM_BUS_ADDRESS") != qgetenv("DBUS_SESSION_BUS_ADDRESS"));
 
-        // The services live on connections of their own, as they would in their own
-        // processes.
+        // The services live on connections of their own, as they would in their own processes.
         m_emitter =
             QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("emitter"));
         for (const QString &name : DBusScreenLockSource::screenSaverInterfaces())
@@ -261,8 +259,7 @@ private Q_SLOTS:
         logindSays(true);
         QTRY_COMPARE(locked.count(), 1);
 
-        // Other properties of the session, and other interfaces, are not a lock
-        // state.
+        // Other properties of the session, and other interfaces, are not a lock state.
         sessionPropertiesChanged(QStringLiteral("org.freedesktop.login1.Session"),
                                  {{QStringLiteral("IdleHint"), false}});
         sessionPropertiesChanged(QStringLiteral("org.example.Other"),
@@ -283,8 +280,7 @@ private Q_SLOTS:
         auto source = startedSource();
         QSignalSpy locked(source.get(), &ScreenLockSource::locked);
         QSignalSpy unlocked(source.get(), &ScreenLockSource::unlocked);
-        // GNOME: its screensaver and logind. KDE: the freedesktop name on two
-        // paths.
+        // GNOME: its screensaver and logind. KDE: the freedesktop name on two paths.
         const QList<std::pair<QString, QString>> screenSavers{
             {QStringLiteral("org.gnome.ScreenSaver"), QStringLiteral("/org/gnome/ScreenSaver")},
             {QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("/ScreenSaver")},
@@ -355,8 +351,7 @@ private Q_SLOTS:
         QVERIFY(bus.registerService(MutterIdleActivitySource::service));
         QVERIFY(MutterIdleActivitySource::isAvailable(QDBusConnection::sessionBus()));
 
-        // GNOME on Wayland, and an X11 session whose X server cannot be used, get
-        // Mutter's.
+        // GNOME on Wayland, and an X11 session whose X server cannot be used, get Mutter's.
         for (const char *wayland : {"wayland-7", ""}) {
             qputenv("WAYLAND_DISPLAY", wayland);
             qputenv("DISPLAY", ":987");

@@ -169,8 +169,7 @@ private Q_SLOTS:
         m_monotonic += 30;
         QTRY_COMPARE_WITH_TIMEOUT(runs, 1, 10000);
 
-        // On the steady clock, a deadline earlier than the running timer's is not
-        // missed.
+        // On the steady clock, a deadline earlier than the running timer's is not missed.
         Clock::setMonotonicSource({});
         auto restore =
             qScopeGuard([this] { Clock::setMonotonicSource([this] { return m_monotonic; }); });

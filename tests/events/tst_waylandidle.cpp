@@ -116,8 +116,7 @@ private Q_SLOTS:
 
     void sessionKindPicksTheSource()
     {
-        // No session bus here, so no Mutter: a Wayland session gets
-        // ext-idle-notify-v1.
+        // No session bus here, so no Mutter: a Wayland session gets ext-idle-notify-v1.
         QVERIFY(startCompositor());
         EventSources::install();
         QVERIFY(SystemEventController::screenLockSource());

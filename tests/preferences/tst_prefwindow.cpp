@@ -14,7 +14,6 @@
 
 #include <QFile>
 #include <QGuiApplication>
-#include <QProcess>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QSettings>
@@ -83,15 +82,6 @@ private Q_SLOTS:
         QTRY_COMPARE(window->size(), QSize(700, 650));
         QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 2);
         QCOMPARE(m_log.newMessages().count(QStringLiteral("create preferences window")), 1);
-
-        // The window manager is told the minimum.
-        QProcess xprop;
-        xprop.start(QStringLiteral("xprop"),
-                    {QStringLiteral("-id"), QString::number(window->winId()),
-                     QStringLiteral("WM_NORMAL_HINTS")});
-        QVERIFY(xprop.waitForFinished(10000));
-        QVERIFY2(xprop.readAllStandardOutput().contains("minimum size: 480 by 400"),
-                 "WM_NORMAL_HINTS without the minimum size");
     }
 
     void closesWithCtrlWAndReopensOnTheFirstTab()

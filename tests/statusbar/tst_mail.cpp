@@ -116,8 +116,7 @@ private Q_SLOTS:
 
     void xdgEmailGetsTheDraft()
     {
-        // A stand-in xdg-email first on PATH, recording its arguments
-        // NUL-separated.
+        // A stand-in xdg-email first on PATH, recording its arguments NUL-separated.
         QTemporaryDir bin;
         const QString record = bin.filePath(QStringLiteral("args"));
         const QString script = bin.filePath(QStringLiteral("xdg-email"));
@@ -145,8 +144,7 @@ private Q_SLOTS:
                                         MenuAction::feedbackBody(), QStringLiteral("--attach"),
                                         m_log, QStringLiteral("feedback@narv.app")}));
 
-        // No log file (say, the cache folder is read-only): the draft goes without
-        // it.
+        // No log file (say, the cache folder is read-only): the draft goes without it.
         QCOMPARE(
             XdgEmailComposer::arguments(QStringLiteral("a@b.c"), QStringLiteral("s"),
                                         QStringLiteral("b"), QStringLiteral("/nonexistent/log")),

@@ -155,8 +155,7 @@ private Q_SLOTS:
                      QStringLiteral("About...|info.circle||0|on"),
                      QStringLiteral("Quit|escape|q|0|on"),
                  }));
-        // Ids tell items apart for the panels: unique, and found again by id and
-        // tag.
+        // Ids tell items apart for the panels: unique, and found again by id and tag.
         QSet<int> ids;
         for (const MenuItem &item : StatusBarController::menu()) {
             QVERIFY(item.id > 0);
