@@ -307,7 +307,9 @@ private Q_SLOTS:
         QCOMPARE(StatusBarController::pauseItemTitle(), QStringLiteral("- Stop -"));
     }
 
-    void workTimeChangeMidBreak()
+    // A new work time restarts work at once, also in the middle of a break;
+    // while paused it waits for the resume.
+    void workTimeChangeRestartsWorkUnlessPaused()
     {
         pref()->setWorkTime(1);
         pref()->setBreakTime(30);
@@ -320,6 +322,13 @@ private Q_SLOTS:
         QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("00:26"));
         QCOMPARE(AppState::workState()->timeString(), QStringLiteral("01:50"));
         QCOMPARE(m_windows->count("closeBreak"), 0);
+
+        AppState::setManualPause(true);
+        pref()->setWorkTime(10);
+        QVERIFY(!TicktackController::isRunning());
+        QCOMPARE(AppState::workState()->timeString(), QStringLiteral("01:50"));
+        AppState::setManualPause(false);
+        QCOMPARE(AppState::workState()->timeString(), QStringLiteral("10:00"));
     }
 
     void assigningWorkingRestartsFromTheFullLength()

@@ -59,6 +59,13 @@ QString mismatch(const QStringList &lines, const QStringList &rests)
     return {};
 }
 
+// Fails the test with what differs unless the lines match (see mismatch()).
+#define COMPARE_LINES(lines, ...)                                                                  \
+    do {                                                                                           \
+        const QString diff = mismatch(lines, __VA_ARGS__);                                         \
+        QVERIFY2(diff.isEmpty(), qPrintable(diff));                                                \
+    } while (false)
+
 QStringList readLines(const QString &path)
 {
     QFile file(path);
@@ -179,8 +186,7 @@ private Q_SLOTS:
         const Logger logger("other.label", handler);
         logger.log(LogLevel::Info, "hello there", callMetadata, LogSource{"file.cpp", "fn", 12});
 
-        const QString diff = mismatch(readLines(path), {expected});
-        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        COMPARE_LINES(readLines(path), {expected});
         QCOMPARE(handler->metadata(),
                  handlerMetadata); // the call's metadata did not stick
     }
@@ -201,8 +207,7 @@ private Q_SLOTS:
         handler->setMetadata({});
         handler->log(LogLevel::Notice, "m", {}, {}, {});
 
-        const QString diff = mismatch(readLines(path), {"notice t : a=3 b=two m", "notice t : m"});
-        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        COMPARE_LINES(readLines(path), {"notice t : a=3 b=two m", "notice t : m"});
     }
 
     void levelFilter()
@@ -213,11 +218,10 @@ private Q_SLOTS:
         for (int level = int(LogLevel::Trace); level <= int(LogLevel::Critical); ++level)
             built.logger.log(LogLevel(level), "at " + logLevelText(LogLevel(level)));
 
-        QString diff = mismatch(readLines(fileFor(now)),
-                                {appLine("info", hello()), appLine("info", "at info"),
-                                 appLine("notice", "at notice"), appLine("warning", "at warning"),
-                                 appLine("error", "at error"), appLine("critical", "at critical")});
-        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        COMPARE_LINES(readLines(fileFor(now)),
+                      {appLine("info", hello()), appLine("info", "at info"),
+                       appLine("notice", "at notice"), appLine("warning", "at warning"),
+                       appLine("error", "at error"), appLine("critical", "at critical")});
 
         // Behind a multiplexer each handler keeps to its own level: a talkative
         // neighbour does not let debug into the info file.
@@ -232,9 +236,8 @@ private Q_SLOTS:
         both.trace("t");
         both.debug("d");
         both.info("i");
-        diff = mismatch(readLines(m_dir->filePath("info.log")), {"info t : i"}) +
-               mismatch(readLines(m_dir->filePath("debug.log")), {"debug t : d", "info t : i"});
-        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        COMPARE_LINES(readLines(m_dir->filePath("info.log")), {"info t : i"});
+        COMPARE_LINES(readLines(m_dir->filePath("debug.log")), {"debug t : d", "info t : i"});
     }
 
     void streamAppendsAndReportsFailures()
@@ -325,10 +328,9 @@ private Q_SLOTS:
         again.logger.info("second run");
 
         QCOMPARE(QDir(m_folder).entryList(QDir::Files), {"app.narv.Narv.20261122.log"});
-        const QString diff = mismatch(readLines(fileFor(now)),
-                                      {appLine("info", hello()), appLine("info", "first run"),
-                                       appLine("info", hello()), appLine("info", "second run")});
-        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        COMPARE_LINES(readLines(fileFor(now)),
+                      {appLine("info", hello()), appLine("info", "first run"),
+                       appLine("info", hello()), appLine("info", "second run")});
     }
 
     void weekBasedYear_data()
@@ -428,9 +430,7 @@ private Q_SLOTS:
         QVERIFY2(error.startsWith("create logger error: "), qPrintable(error));
         QVERIFY2(error.contains(blocker), qPrintable(error));
         out.removeAll({});
-        const QString diff =
-            mismatch(out, {appLine("info", hello()), appLine("info", "child done")});
-        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        COMPARE_LINES(out, {appLine("info", hello()), appLine("info", "child done")});
     }
 
     void loggingWhileTheLoggerIsBuiltGoesToStderr()
@@ -440,15 +440,14 @@ private Q_SLOTS:
         QCOMPARE(child.exitCode, 0);
 
         const QStringList err = QString::fromUtf8(child.err).split(u'\n');
-        QString diff =
+        const QString diff =
             mismatch(err.filter(" : asked for the time"),
                      {appLine("warning", "asked for the time")}) +
             mismatch(err.filter(" : logged while"), {appLine("info", "logged while building")});
         QVERIFY2(diff.isEmpty(), qPrintable(diff + "\n" + err.join(u'\n')));
         // Once built, the logger works as usual.
-        diff = mismatch(QString::fromUtf8(child.out).split(u'\n', Qt::SkipEmptyParts),
-                        {appLine("info", hello()), appLine("info", "child done")});
-        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        COMPARE_LINES(QString::fromUtf8(child.out).split(u'\n', Qt::SkipEmptyParts),
+                      {appLine("info", hello()), appLine("info", "child done")});
     }
 
     void fatalMessageIsInTheFileBeforeTheAbort()
@@ -460,11 +459,9 @@ private Q_SLOTS:
         const QStringList files = folder.entryList(QDir::Files);
         QCOMPARE(files.size(), 1);
         QVERIFY(files[0].startsWith(AppInfo::identifier() + u'.') && files[0].endsWith(".log"));
-        const QString diff =
-            mismatch(readLines(folder.filePath(files[0])),
-                     {appLine("info", hello()), appLine("warning", "routed warning"),
-                      appLine("critical", "fatal marker 42")});
-        QVERIFY2(diff.isEmpty(), qPrintable(diff));
+        COMPARE_LINES(readLines(folder.filePath(files[0])),
+                      {appLine("info", hello()), appLine("warning", "routed warning"),
+                       appLine("critical", "fatal marker 42")});
     }
 };
 

@@ -10,7 +10,6 @@
 #include "app/LoginItem.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
-#include "app/TicktackState.h"
 #include "settings/BreakStyle.h"
 #include "settings/DateText.h"
 #include "settings/PrefState.h"
@@ -237,28 +236,6 @@ private Q_SLOTS:
         QCOMPARE(p->launchAtLogin(), false);
         LoginItems::setCurrent(&m_loginItem);
         QCOMPARE(LogTail::count("warning app.narv.Narv : SMAppService error: \n"), warnings + 2);
-    }
-
-    void workTimeRestartsWorkUnlessPaused()
-    {
-        TicktackState *work = AppState::workState();
-        AppState::setWorking(true);
-        m_ticks.advance(3);
-        QCOMPARE(work->timeString(), QStringLiteral("24:57"));
-
-        pref()->setWorkTime(30);
-        QCOMPARE(work->timeString(), QStringLiteral("30:00"));
-        QVERIFY(TicktackController::isRunning());
-
-        AppState::setManualPause(true);
-        QVERIFY(!TicktackController::isRunning());
-        pref()->setWorkTime(10);
-        QVERIFY(!TicktackController::isRunning());
-        QCOMPARE(work->timeString(), QStringLiteral("30:00"));
-        QCOMPARE(pref()->workTime(), 10);
-
-        AppState::setManualPause(false);
-        QCOMPARE(work->timeString(), QStringLiteral("10:00"));
     }
 
     void showTimeRefreshesTheTitle()
