@@ -17,7 +17,7 @@ narv_add_core_test(tst_menu statusbar/tst_menu.cpp)
 # StatusNotifierWatcher of the test's own; the real binary registers, pauses
 # and quits the same way.
 narv_add_bus_test(tst_tray statusbar/tst_tray.cpp statusbar/FakeStatusNotifierWatcher.h)
-target_link_libraries(tst_tray PRIVATE narv_tray)
+target_link_libraries(tst_tray PRIVATE narv_trayfallback)
 set_property(TEST tst_tray APPEND PROPERTY ENVIRONMENT "NARV_BINARY=$<TARGET_FILE:narv>")
 
 # xdg-email (a stand-in on PATH), the Email portal (a stand-in on the bus) and
@@ -28,5 +28,5 @@ target_link_libraries(tst_mail PRIVATE narv_mail)
 # The appcast check against a feed the test serves on 127.0.0.1.
 if(NARV_UPDATE_CHECK)
     narv_add_gui_test(tst_update statusbar/tst_update.cpp)
-    target_link_libraries(tst_update PRIVATE narv_update)
+    target_link_libraries(tst_update PRIVATE narv_updatefetch narv_updatewindow)
 endif()

@@ -9,16 +9,18 @@
 #include "platform/instance/SingleInstance.h"
 #include "platform/login/LoginItemBackend.h"
 #include "platform/mail/MailComposers.h"
+#include "platform/tray/ClassicTray.h"
 #include "platform/tray/TrayBackend.h"
 #include "platform/update/UpdateCheck.h"
 #include "platform/views/ViewsModule.h"
 #include "windows/WindowController.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QTimer>
 
 #include <csignal>
+#include <memory>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -61,15 +63,27 @@ int QuilloApp::main(int argc, char **argv)
     QGuiApplication::setApplicationName(QStringLiteral("narv"));
     QGuiApplication::setApplicationVersion(AppInfo::version());
     QGuiApplication::setDesktopFileName(AppInfo::identifier());
-    // QApplication rather than QGuiApplication: the classic tray icon, used
-    // where no StatusNotifierWatcher exists, needs QtWidgets for its menu.
-    QApplication app(argc, argv);
+    // A QGuiApplication, unless the classic tray icon will be wanted (no
+    // StatusNotifierWatcher on the bus): it needs QtWidgets and a
+    // QApplication, which the classic tray module brings.
+    const bool classicTray = ClassicTray::wanted();
+    QString classicTrayError;
+    std::unique_ptr<QGuiApplication> application;
+    if (classicTray)
+        application = ClassicTray::createApplication(argc, argv, &classicTrayError);
+    if (!application)
+        application = std::make_unique<QGuiApplication>(argc, argv);
+    QGuiApplication &app = *application;
     QGuiApplication::setApplicationDisplayName(AppInfo::name());
     // A tray program: closing its last window must not end it.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     quitOnSignals(app);
 
     logger(); // the banner goes first
+    if (!classicTrayError.isEmpty())
+        LOG_ERROR(QStringLiteral("cannot load the classic tray icon (%1): Narv shows its status "
+                                 "item only once a panel offers a StatusNotifierWatcher")
+                      .arg(classicTrayError));
 
     SingleInstance instance;
     switch (instance.claim()) {
@@ -79,10 +93,12 @@ int QuilloApp::main(int argc, char **argv)
         LOG_INFO(QStringLiteral("Narv is already running; asked it to show its settings"));
         return 0;
     case SingleInstance::Claim::Failed:
-        LOG_ERROR(QStringLiteral("Narv is already running but does not answer; not starting twice"));
+        LOG_ERROR(
+            QStringLiteral("Narv is already running but does not answer; not starting twice"));
         return 1;
     }
-    QObject::connect(&instance, &SingleInstance::activated, &app, [] { WindowController::showPrefView(); });
+    QObject::connect(&instance, &SingleInstance::activated, &app,
+                     [] { WindowController::showPrefView(); });
 
     // The desktop parts plug into the core here, before start-up runs.
     // [windows]

@@ -1,21 +1,28 @@
 #!/usr/bin/env bash
 # The real program on a private X server with two monitors and a private
-# session bus: what it keeps out of its memory until it needs it. While it
-# counts down, no Qt Quick, QML or views module is mapped into the process and
-# fontconfig has not read the font list; at the first break the views module
-# brings them, and the break windows appear on both monitors. The status item
-# is on a bus connection of its own (not the one that holds app.narv.Narv).
+# session bus, with a StatusNotifierWatcher as most panels have: what it keeps
+# out of its memory until it needs it. While it counts down, no Qt Quick, QML,
+# QtWidgets, QtNetwork or module of its own is mapped into the process and
+# fontconfig has not read the font list; at the first break
+# the views module brings them, and the break windows appear on both
+# monitors; "Check for Updates..." loads the update module, which brings
+# QtNetwork and tells the outcome in its window. The status item is on a bus
+# connection of its own (not the one that holds app.narv.Narv). When the
+# watcher goes away Narv says so once and goes on counting, and registers
+# again with the next one.
 #
-#   tests/e2e/footprint.sh path/to/narv
+#   tests/e2e/footprint.sh path/to/narv path/to/narv_fakewatcher
 set -euo pipefail
 narv=$(realpath "$1")
+fakewatcher=$(realpath "$2")
 here=$(cd "$(dirname "$0")" && pwd)
 source "$here/common.sh"
 narv_on_xvfb_and_bus "$0" "$@"
 
 narv_scratch_home
 pid=
-trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; rm -rf "$home"' EXIT
+watcher=
+trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; [[ -n $watcher ]] && kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
 # A two-minute period: the first break comes when the test makes it come.
 cat >"$home/config/narv/narv.conf" <<'CONF'
 [General]
@@ -25,6 +32,20 @@ auto_check_update=false
 CONF
 export LC_ALL=C.UTF-8
 unset XDG_SESSION_TYPE
+# Nothing here goes out to the network: a proxy that is not there.
+export http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 no_proxy=
+start_watcher() {
+    "$fakewatcher" >>"$home/watcher.out" &
+    watcher=$!
+    for _ in $(seq 1 50); do
+        dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+            string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true" && return 0
+        sleep 0.1
+    done
+    echo "FAIL: the watcher did not come up"
+    exit 1
+}
+start_watcher
 "$narv" >"$home/stdout" 2>&1 &
 pid=$!
 
@@ -52,10 +73,11 @@ shown() { [[ -n $(xdotool search --onlyvisible --name "^$1( |\$)" 2>/dev/null) ]
 
 wait_for 20 logged " : sandbox home path: " || fail "narv did not start"
 sleep 1
-for piece in libQt6Quick libQt6Qml narv_views.so /var/cache/fontconfig; do
+for piece in libQt6Quick libQt6Qml libQt6Widgets libQt6Network narv_views.so narv_update.so \
+    narv_updatewindow.so narv_classictray.so /var/cache/fontconfig; do
     ! mapped "$piece" || fail "$piece is in the process before any window"
 done
-ok "counting: no Qt Quick, QML, views module or font list in the process"
+ok "counting: no Qt Quick, QML, QtWidgets, QtNetwork, module of its own or font list in the process"
 
 # A bus connection of the status item's own: the item's name and the
 # program's own name have different owners.
@@ -94,9 +116,48 @@ for piece in libQt6Quick libQt6Qml narv_views.so; do
 done
 ok "the first break loads the views module, and its windows are on both monitors"
 
+# The update check from the menu: the module comes, the feed is asked for, and
+# whatever the outcome (this machine may have no network; a proxy that is not
+# there makes the failure quick) the window, from a module of its own, tells it.
+menu_click_label() {
+    local id
+    for id in $(seq 1 20); do
+        if dbus-send --session --print-reply --dest="$item" /MenuBar com.canonical.dbusmenu.GetProperty \
+            "int32:$id" string:label 2>/dev/null | grep -qF "\"$1\""; then
+            dbus-send --session --type=method_call --dest="$item" /MenuBar com.canonical.dbusmenu.Event \
+                "int32:$id" string:clicked variant:int32:0 uint32:0
+            return 0
+        fi
+    done
+    return 1
+}
+menu_click_label "Check for Updates..." || fail "no update item in the menu"
+wait_for 10 logged " : checking for updates at " || fail "the menu did not start an update check"
+logged " : update check loaded from .*narv_update.so$" || fail "the check did not come from the update module"
+mapped libQt6Network || fail "QtNetwork is not in the process during the check"
+wait_for 40 shown "Software Update" || fail "no window tells the outcome of the check"
+logged " : update window loaded from .*narv_updatewindow.so$" || fail "the window did not come from its module"
+ok "the update check loads its modules and tells its outcome"
+
+# The panel goes, and comes back: no classic icon meanwhile (this is no
+# QApplication), said once; the item registers with the new watcher.
+kill "$watcher"
+wait "$watcher" 2>/dev/null || true
+watcher=
+wait_for 10 logged "no StatusNotifierWatcher, and this Narv started without the classic tray icon" ||
+    fail "the watcher's going is not in the log"
+registrations() { grep -c "^registered " "$home/watcher.out" || true; }
+[[ $(registrations) -eq 1 ]] || fail "expected one registration so far, not $(registrations)"
+registered_again() { [[ $(registrations) -eq 2 ]]; }
+start_watcher
+wait_for 10 registered_again || fail "the item did not register with the new watcher"
+! mapped libQt6Widgets || fail "QtWidgets came into the process"
+ok "a panel that goes and comes back: said once, registered again, still no QtWidgets"
+
 kill -TERM "$pid"
 wait "$pid" && status=0 || status=$?
 pid=
 [[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
 ! log | grep -E " (error|critical) " || fail "errors in the log"
+[[ $(log | grep -c "no StatusNotifierWatcher") -eq 1 ]] || fail "the watcher's going is said more than once"
 echo "e2e footprint: $passed passed, 0 failed"

@@ -24,10 +24,17 @@ for f in usr/bin/narv \
     [[ -s "$work/root/$f" ]] || fail "missing $f"
 done
 [[ -x "$work/root/usr/bin/narv" ]] || fail "narv is not executable"
+# The modules the program loads on demand, in the library folder it looks in.
+for module in narv_views.so narv_update.so narv_updatewindow.so narv_classictray.so; do
+    [[ -n $(find "$work/root/usr/lib" -path "*/narv/$module") ]] || fail "missing the module $module"
+done
 # Nothing from the build or test tree slips into the package.
 if find "$work/root" -name 'tst_*' | grep -q .; then fail "test programs in the package"; fi
 depends=$(dpkg-deb -f "$deb" Depends)
 [[ $depends == *libqt6core6* ]] || fail "Depends lacks the Qt libraries found by dpkg-shlibdeps: $depends"
 [[ $depends == *libicu* ]] || fail "Depends lacks ICU: $depends"
 [[ $depends == *qml6-module-qtquick* ]] || fail "Depends lacks the QML modules: $depends"
+# Only the modules link these: dpkg-shlibdeps must have read them.
+[[ $depends == *libqt6network6* ]] || fail "Depends lacks QtNetwork (the update module): $depends"
+[[ $depends == *libqt6widgets6* ]] || fail "Depends lacks QtWidgets (the classic tray module): $depends"
 echo "package: 1 passed, 0 failed"

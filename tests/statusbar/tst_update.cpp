@@ -1,11 +1,13 @@
 // The update check against an appcast this test serves on 127.0.0.1: a newer
 // release, the same one, a malformed feed, a server that is not there; what
-// the window shows for each, on demand and on schedule; the schedule itself.
+// the window shows for each, on demand and on schedule; the schedule itself;
+// a program whose update modules are missing, and a checker dropped mid-fetch.
 
 #include "TestSupport.h"
 
 #include "Appcast.h"
 #include "AppcastUpdateChecker.h"
+#include "NetworkFeedFetcher.h"
 #include "UpdateWindow.h"
 #include "app/AppInfo.h"
 #include "app/AppState.h"
@@ -13,8 +15,8 @@
 #include "settings/PrefState.h"
 #include "settings/PreferencesStore.h"
 
-#include <QApplication>
 #include <QFile>
+#include <QGuiApplication>
 #include <QNetworkProxy>
 #include <QSignalSpy>
 #include <QTcpServer>
@@ -32,6 +34,7 @@ class FeedServer : public QObject {
 public:
     QByteArray status = "200 OK";
     QByteArray body;
+    bool answers = true; // false: reads the request and never replies
     QStringList targets;
 
     FeedServer()
@@ -44,6 +47,8 @@ public:
                     if (!m_requests[socket].contains("\r\n\r\n"))
                         return;
                     targets.append(QString::fromLatin1(m_requests[socket].split(' ').value(1)));
+                    if (!answers)
+                        return;
                     socket->write("HTTP/1.1 " + status +
                                   "\r\nContent-Type: application/rss+xml\r\n"
                                   "Content-Length: " +
@@ -107,6 +112,8 @@ private Q_SLOTS:
     void outcomes();
     void systemProfileInTheQuery();
     void restartDoesNotCheckAtOnce();
+    void withoutTheModule();
+    void droppedWhileFetching();
 
 private:
     std::unique_ptr<AppcastUpdateChecker> checker(const QUrl &feed);
@@ -132,8 +139,12 @@ void TestUpdate::init()
 
 std::unique_ptr<AppcastUpdateChecker> TestUpdate::checker(const QUrl &feed)
 {
-    auto c = std::make_unique<AppcastUpdateChecker>(feed, PreferencesStore::instance(), *pref());
-    UpdateWindow::follow(c.get());
+    // What the update modules' entry points give, linked in.
+    auto c =
+        std::make_unique<AppcastUpdateChecker>(feed, PreferencesStore::instance(), *pref(), [] {
+            return std::make_unique<NetworkFeedFetcher>();
+        });
+    c->showOutcomes([] { return UpdateWindow::ensure(); });
     return c;
 }
 
@@ -353,9 +364,65 @@ void TestUpdate::restartDoesNotCheckAtOnce()
     QCOMPARE(server.targets.size(), 1);
 }
 
+void TestUpdate::withoutTheModule()
+{
+    // The fetcher cannot be made (the module is not installed): every check
+    // fails at once, says so in the log, and the schedule goes on.
+    int attempts = 0;
+    AppcastUpdateChecker c(QUrl(QStringLiteral("http://127.0.0.1:9/appcast.xml")),
+                           PreferencesStore::instance(), *pref(), [&attempts] {
+                               ++attempts;
+                               return std::unique_ptr<FeedFetcher>();
+                           });
+    // Nor is there a window to show it in: the failure the user asked for is
+    // offered to it, the scheduled one is not.
+    int presentations = 0;
+    c.showOutcomes([&presentations]() -> UpdatePresenter * {
+        ++presentations;
+        return nullptr;
+    });
+    QSignalSpy failed(&c, &AppcastUpdateChecker::checkFailed);
+    c.start();
+    const qsizetype logBefore = logText().size();
+    c.checkForUpdates();
+    QVERIFY(!c.isChecking());
+    QCOMPARE(failed.size(), 1);
+    QCOMPARE(failed.first().value(0).toString(),
+             QStringLiteral("the update check is not installed"));
+    QCOMPARE(failed.first().value(1).toBool(), true);
+    QVERIFY(logText().mid(logBefore).contains(
+        " warning app.narv.Narv : update check failed: the update check is not installed"));
+    QVERIFY(c.lastCheck().isValid());
+    QVERIFY2(c.scheduledInMs() > (43200 - 60) * 1000,
+             qPrintable(QString::number(c.scheduledInMs())));
+    // Asked again, it tries again: a module installed meanwhile is found.
+    c.checkInBackground();
+    QCOMPARE(failed.size(), 2);
+    QCOMPARE(attempts, 2);
+    QCOMPARE(presentations, 1);
+}
+
+void TestUpdate::droppedWhileFetching()
+{
+    // A feed that never answers, and the checker destroyed meanwhile (the
+    // program quits during a check): the fetch is dropped without reporting
+    // into the destroyed checker.
+    FeedServer server;
+    server.answers = false;
+    auto c = checker(server.feed());
+    QSignalSpy failed(c.get(), &AppcastUpdateChecker::checkFailed);
+    c->checkForUpdates();
+    QTRY_COMPARE_WITH_TIMEOUT(server.targets.size(), 1, 20000);
+    QVERIFY(c->isChecking());
+    c.reset();
+    // Whatever the dropped reply still had queued runs here.
+    QTest::qWait(100);
+    QCOMPARE(failed.size(), 0);
+}
+
 int main(int argc, char **argv)
 {
-    QApplication app(argc, argv);
+    QGuiApplication app(argc, argv);
     TestUpdate test;
     return QTest::qExec(&test, argc, argv);
 }

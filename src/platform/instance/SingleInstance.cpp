@@ -1,16 +1,21 @@
 #include "platform/instance/SingleInstance.h"
 
+#include "ApplicationAdaptor.h"
 #include "app/AppInfo.h"
 #include "app/Log.h"
-#include "ApplicationAdaptor.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDir>
-#include <QLocalSocket>
+#include <QFile>
+#include <QSocketNotifier>
 #include <QStandardPaths>
 
+#include <cerrno>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -22,24 +27,40 @@ QString runtimeFolder()
     return dir;
 }
 
-QString socketName()
+// The socket's address; false (with the reason) when the path does not fit.
+bool socketAddress(sockaddr_un &address, QString *error)
 {
-    return QStringLiteral("%1-%2").arg(AppInfo::identifier()).arg(::getuid());
+    const QByteArray path = QFile::encodeName(SingleInstance::socketPath());
+    if (path.size() >= qsizetype(sizeof address.sun_path)) {
+        *error = QStringLiteral("the path %1 is too long for a socket")
+                     .arg(SingleInstance::socketPath());
+        return false;
+    }
+    address = {};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
+    return true;
+}
+
+QString lastError()
+{
+    return QString::fromLocal8Bit(std::strerror(errno));
 }
 } // namespace
 
 SingleInstance::SingleInstance(QObject *parent) : QObject(parent)
 {
     new ApplicationAdaptor(this);
-    connect(&m_server, &QLocalServer::newConnection, this, [this] {
-        while (QLocalSocket *socket = m_server.nextPendingConnection()) {
-            socket->deleteLater();
-            Activate({});
-        }
-    });
 }
 
-SingleInstance::~SingleInstance() = default;
+SingleInstance::~SingleInstance()
+{
+    if (m_listener < 0)
+        return;
+    delete m_notifier;
+    ::close(m_listener);
+    ::unlink(QFile::encodeName(socketPath()).constData());
+}
 
 QString SingleInstance::serviceName()
 {
@@ -49,6 +70,15 @@ QString SingleInstance::serviceName()
 QString SingleInstance::objectPath()
 {
     return QStringLiteral("/app/narv/Narv");
+}
+
+QString SingleInstance::socketPath()
+{
+    // The runtime folder is the user's own; the temporary folder, where it
+    // is missing, is shared, hence the user id.
+    return QStringLiteral("%1/%2-%3.socket")
+        .arg(runtimeFolder(), AppInfo::identifier())
+        .arg(::getuid());
 }
 
 SingleInstance::Claim SingleInstance::claim()
@@ -63,16 +93,16 @@ SingleInstance::Claim SingleInstance::claimOnBus()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     bus.registerObject(objectPath(), this);
-    const auto reply = bus.interface()->registerService(
-        serviceName(), QDBusConnectionInterface::DontQueueService,
-        QDBusConnectionInterface::DontAllowReplacement);
+    const auto reply =
+        bus.interface()->registerService(serviceName(), QDBusConnectionInterface::DontQueueService,
+                                         QDBusConnectionInterface::DontAllowReplacement);
     if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered)
         return Claim::First;
 
     bus.unregisterObject(objectPath());
-    QDBusMessage call = QDBusMessage::createMethodCall(serviceName(), objectPath(),
-                                                      QStringLiteral("org.freedesktop.Application"),
-                                                      QStringLiteral("Activate"));
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        serviceName(), objectPath(), QStringLiteral("org.freedesktop.Application"),
+        QStringLiteral("Activate"));
     call << QVariantMap();
     const QDBusMessage answer = bus.call(call, QDBus::Block, 3000);
     if (answer.type() == QDBusMessage::ErrorMessage) {
@@ -89,19 +119,60 @@ SingleInstance::Claim SingleInstance::claimWithLockFile()
                                          AppInfo::identifier() + QStringLiteral(".lock"));
     m_lock->setStaleLockTime(0);
     if (m_lock->tryLock(0)) {
-        QLocalServer::removeServer(socketName());
-        if (!m_server.listen(socketName()))
-            LOG_WARNING(QStringLiteral("cannot listen for a second start: %1").arg(m_server.errorString()));
+        listen();
         return Claim::First;
     }
-    QLocalSocket socket;
-    socket.connectToServer(socketName());
-    if (!socket.waitForConnected(3000)) {
-        LOG_WARNING(QStringLiteral("another Narv holds the lock but does not answer"));
-        return Claim::Failed;
+    sockaddr_un address;
+    QString error;
+    if (socketAddress(address, &error)) {
+        const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        // A local connect succeeds or fails at once: nothing to wait for.
+        const bool reached =
+            fd >= 0 && ::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+        if (!reached)
+            error = lastError();
+        if (fd >= 0)
+            ::close(fd);
+        if (reached)
+            return Claim::HandedOver;
     }
-    socket.disconnectFromServer();
-    return Claim::HandedOver;
+    LOG_WARNING(QStringLiteral("another Narv holds the lock but does not answer (%1)").arg(error));
+    return Claim::Failed;
+}
+
+void SingleInstance::listen()
+{
+    sockaddr_un address;
+    QString error;
+    if (socketAddress(address, &error)) {
+        // We hold the lock: a socket file left there is a crashed Narv's.
+        ::unlink(address.sun_path);
+        m_listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+        if (m_listener < 0 ||
+            ::bind(m_listener, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
+            ::listen(m_listener, 4) != 0) {
+            error = lastError();
+            if (m_listener >= 0)
+                ::close(m_listener);
+            m_listener = -1;
+        }
+    }
+    if (m_listener < 0) {
+        LOG_WARNING(QStringLiteral("cannot listen for a second start: %1").arg(error));
+        return;
+    }
+    m_notifier = new QSocketNotifier(m_listener, QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &SingleInstance::acceptAll);
+}
+
+void SingleInstance::acceptAll()
+{
+    // A second start connects and hangs up: each connection is one request.
+    int fd;
+    while ((fd = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0) {
+        ::close(fd);
+        Activate({});
+    }
 }
 
 void SingleInstance::Activate(const QVariantMap &)

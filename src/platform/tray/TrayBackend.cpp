@@ -1,12 +1,14 @@
 #include "TrayBackend.h"
 
+#include "ClassicTray.h"
 #include "DBusMenuExporter.h"
 #include "MainLoopBus.h"
 #include "StatusNotifierItem.h"
-#include "TrayIconFallback.h"
 #include "app/Log.h"
 
 #include <QCoreApplication>
+
+#include <utility>
 
 TrayBackend::TrayBackend()
 {
@@ -45,18 +47,28 @@ void TrayBackend::install()
 void TrayBackend::useFallback(bool use)
 {
     if (!use) {
+        m_saidNoItem = false;
         if (m_fallback)
             m_fallback->hide();
         return;
     }
-    if (!TrayIconFallback::isAvailable()) {
-        LOG_WARNING(QStringLiteral("no StatusNotifierWatcher and no system tray: Narv runs "
-                                   "without its status item until a panel starts"));
-        return;
-    }
     if (!m_fallback) {
+        if (!ClassicTray::isAvailable()) {
+            // A watcher was there at start (it has gone since), so no
+            // QApplication was made.
+            if (!std::exchange(m_saidNoItem, true))
+                LOG_NOTICE(QStringLiteral("no StatusNotifierWatcher, and this Narv started "
+                                          "without the classic tray icon: no status item until "
+                                          "a panel starts"));
+            return;
+        }
+        m_fallback = ClassicTray::createIcon(QCoreApplication::instance());
+        if (!m_fallback) {
+            LOG_WARNING(QStringLiteral("no StatusNotifierWatcher and no system tray: Narv runs "
+                                       "without its status item until a panel starts"));
+            return;
+        }
         LOG_INFO(QStringLiteral("no StatusNotifierWatcher: using the classic tray icon"));
-        m_fallback = new TrayIconFallback(QCoreApplication::instance());
         m_fallback->setTitle(m_title);
     }
     m_fallback->show();

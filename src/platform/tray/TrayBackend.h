@@ -1,9 +1,9 @@
 #pragma once
 
+#include "ClassicTrayIcon.h"
 #include "DBusMenuExporter.h"
 #include "MainLoopBus.h"
 #include "StatusNotifierItem.h"
-#include "TrayIconFallback.h"
 #include "statusbar/StatusBarController.h"
 
 #include <QPointer>
@@ -11,7 +11,9 @@
 
 // The status item on the Linux desktop: a StatusNotifierItem with its menu
 // over dbusmenu, and the classic tray icon while no StatusNotifierWatcher is
-// on the bus (it steps aside as soon as one appears).
+// on the bus (it steps aside as soon as one appears). The classic icon needs
+// a QApplication, which the program only is when no watcher was there at
+// start (ClassicTray.h).
 class TrayBackend : public StatusItemBackend {
 public:
     TrayBackend();
@@ -28,7 +30,7 @@ public:
     StatusNotifierItem *statusNotifierItem() const { return m_item; }
     DBusMenuExporter *menuExporter() const { return m_menu; }
     // The classic icon, when it is in use.
-    TrayIconFallback *fallback() const { return m_fallback; }
+    ClassicTrayIcon *fallback() const { return m_fallback; }
 
 private:
     void useFallback(bool use);
@@ -38,6 +40,7 @@ private:
     QPointer<MainLoopBus> m_bus;
     QPointer<StatusNotifierItem> m_item;
     QPointer<DBusMenuExporter> m_menu;
-    QPointer<TrayIconFallback> m_fallback;
+    QPointer<ClassicTrayIcon> m_fallback;
     QString m_title;
+    bool m_saidNoItem = false; // the lack of any status item is in the log
 };

@@ -24,7 +24,7 @@ void applyItem(QAction *action, const MenuItem &item)
 }
 } // namespace
 
-TrayIconFallback::TrayIconFallback(QObject *parent) : QObject(parent)
+TrayIconFallback::TrayIconFallback(QObject *parent) : ClassicTrayIcon(parent)
 {
     QIcon icon;
     for (int size : {16, 22, 24, 32, 48})

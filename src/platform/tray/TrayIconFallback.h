@@ -1,7 +1,8 @@
 #pragma once
 
+#include "ClassicTrayIcon.h"
+
 #include <QMenu>
-#include <QObject>
 #include <QPointer>
 
 class QSystemTrayIcon;
@@ -9,8 +10,8 @@ class QSystemTrayIcon;
 // The classic tray icon (XEmbed), for sessions without a StatusNotifierWatcher.
 // It cannot show text beside the icon, so the remaining time goes into its
 // tooltip. Its menu is a QMenu built from StatusBarController::menu().
-// Needs a QApplication.
-class TrayIconFallback : public QObject {
+// Needs a QApplication; built into the classic tray module (ClassicTray.h).
+class TrayIconFallback : public ClassicTrayIcon {
     Q_OBJECT
 public:
     explicit TrayIconFallback(QObject *parent = nullptr);
@@ -19,15 +20,13 @@ public:
     // Whether this session has a tray to put the icon in.
     static bool isAvailable();
 
-    void show();
-    void hide();
-    bool isVisible() const;
-    void setTitle(const QString &title);
+    void show() override;
+    void hide() override;
+    bool isVisible() const override;
+    void setTitle(const QString &title) override;
     QString toolTip() const;
-    // Builds the menu anew (after insertions or removals).
-    void rebuildMenu();
-    // Refreshes one item's title and icon.
-    void updateItem(int id);
+    void rebuildMenu() override;
+    void updateItem(int id) override;
     QMenu *menu() const { return m_menu; }
 
 private:

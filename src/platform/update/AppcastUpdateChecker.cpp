@@ -7,19 +7,20 @@
 #include "settings/PrefState.h"
 #include "settings/PreferencesStore.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QNetworkRequest>
 #include <QUrlQuery>
 
 AppcastUpdateChecker::AppcastUpdateChecker(const QUrl &feed, PreferencesStore &store,
-                                           PrefState &pref, QObject *parent)
-    : QObject(parent), m_feed(feed), m_store(store), m_pref(pref)
+                                           PrefState &pref, FetcherFactory makeFetcher,
+                                           QObject *parent)
+    : QObject(parent), m_feed(feed), m_store(store), m_pref(pref),
+      m_makeFetcher(std::move(makeFetcher))
 {
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::VeryCoarseTimer);
     connect(&m_timer, &QTimer::timeout, this, &AppcastUpdateChecker::checkInBackground);
 }
+
+AppcastUpdateChecker::~AppcastUpdateChecker() = default;
 
 QUrl AppcastUpdateChecker::profiledUrl(const QUrl &feed)
 {
@@ -55,6 +56,29 @@ void AppcastUpdateChecker::start()
     schedule();
 }
 
+void AppcastUpdateChecker::showOutcomes(PresenterSource source)
+{
+    connect(this, &AppcastUpdateChecker::updateAvailable, this,
+            [source](const AppcastItem &item, bool) {
+                if (UpdatePresenter *presenter = source())
+                    presenter->showUpdate(item);
+            });
+    connect(this, &AppcastUpdateChecker::upToDate, this, [source](bool userInitiated) {
+        if (!userInitiated)
+            return;
+        if (UpdatePresenter *presenter = source())
+            presenter->showUpToDate();
+    });
+    connect(this, &AppcastUpdateChecker::checkFailed, this,
+            [source](const QString &reason, bool userInitiated) {
+                // A scheduled check that fails stays in the log.
+                if (!userInitiated)
+                    return;
+                if (UpdatePresenter *presenter = source())
+                    presenter->showFailure(reason);
+            });
+}
+
 void AppcastUpdateChecker::schedule()
 {
     if (!m_pref.autoCheckUpdate()) {
@@ -80,40 +104,41 @@ void AppcastUpdateChecker::checkInBackground()
 
 void AppcastUpdateChecker::check(bool userInitiated)
 {
-    if (m_reply) {
+    if (m_checking) {
         // A check is under way: its outcome is shown if the user asked now.
         m_userInitiated = m_userInitiated || userInitiated;
         return;
     }
     m_userInitiated = userInitiated;
     m_store.setString(QString::fromLatin1(lastCheckKey), DateText::fromDate(Clock::now()));
-    if (!m_network)
-        m_network = new QNetworkAccessManager(this);
-    QNetworkRequest request(profiledUrl(m_feed));
-    request.setTransferTimeout(30000);
-    request.setHeader(QNetworkRequest::UserAgentHeader,
-                      AppInfo::name() + u'/' + AppInfo::version());
+    if (!m_fetcher && m_makeFetcher)
+        m_fetcher = m_makeFetcher();
+    m_checking = true;
+    if (!m_fetcher) {
+        // Said once where the fetcher could not be made; here only the outcome.
+        onFinished(QByteArray(), QStringLiteral("the update check is not installed"));
+        return;
+    }
     LOG_INFO(QStringLiteral("checking for updates at ") + m_feed.toString());
-    m_reply = m_network->get(request);
-    connect(m_reply, &QNetworkReply::finished, this, &AppcastUpdateChecker::onFinished);
+    m_fetcher->fetch(profiledUrl(m_feed), [this](const QByteArray &body, const QString &error) {
+        onFinished(body, error);
+    });
 }
 
-void AppcastUpdateChecker::onFinished()
+void AppcastUpdateChecker::onFinished(const QByteArray &body, const QString &fetchError)
 {
-    QNetworkReply *reply = m_reply;
-    m_reply = nullptr;
-    reply->deleteLater();
+    m_checking = false;
     const bool userInitiated = m_userInitiated;
     m_userInitiated = false;
     schedule();
 
-    if (reply->error() != QNetworkReply::NoError) {
-        LOG_WARNING(QStringLiteral("update check failed: ") + reply->errorString());
-        Q_EMIT checkFailed(reply->errorString(), userInitiated);
+    if (!fetchError.isEmpty()) {
+        LOG_WARNING(QStringLiteral("update check failed: ") + fetchError);
+        Q_EMIT checkFailed(fetchError, userInitiated);
         return;
     }
     QString error;
-    const auto items = Appcast::parse(reply->readAll(), &error);
+    const auto items = Appcast::parse(body, &error);
     if (!items) {
         const QString reason = QStringLiteral("the update feed is not a valid appcast: ") + error;
         LOG_WARNING(QStringLiteral("update check failed: ") + reason);

@@ -1,7 +1,7 @@
 #include "UpdateCheck.h"
 
 #include "AppcastUpdateChecker.h"
-#include "UpdateWindow.h"
+#include "UpdateModule.h"
 #include "app/AppInfo.h"
 #include "app/AppState.h"
 #include "app/Log.h"
@@ -17,10 +17,10 @@ void UpdateCheck::install()
         LOG_INFO(QStringLiteral("running in Flatpak: updates come from Flatpak, no update check"));
         return;
     }
-    auto *checker =
-        new AppcastUpdateChecker(QUrl(AppInfo::updateFeed()), PreferencesStore::instance(),
-                                 *AppState::prefState(), QCoreApplication::instance());
-    UpdateWindow::follow(checker);
+    auto *checker = new AppcastUpdateChecker(
+        QUrl(AppInfo::updateFeed()), PreferencesStore::instance(), *AppState::prefState(),
+        UpdateModule::createFetcher, QCoreApplication::instance());
+    checker->showOutcomes(UpdateModule::window);
     WindowController::setUpdateChecker(std::make_unique<AppcastUpdateFront>(checker));
     checker->start();
 }

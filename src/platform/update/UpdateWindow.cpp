@@ -1,29 +1,21 @@
 #include "UpdateWindow.h"
 
-#include "AppcastUpdateChecker.h"
 #include "app/AppInfo.h"
 #include "app/IconFont.h"
 #include "app/Localized.h"
+#include "app/Log.h"
 
-#include <QDialogButtonBox>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QPointer>
-#include <QPushButton>
-#include <QVBoxLayout>
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickWindow>
 
 namespace {
-QPointer<UpdateWindow> &theWindow()
+UpdateWindow *&theWindow()
 {
-    static QPointer<UpdateWindow> w;
+    static UpdateWindow *w = nullptr;
     return w;
-}
-
-UpdateWindow *ensureWindow()
-{
-    if (!theWindow())
-        theWindow() = new UpdateWindow;
-    return theWindow();
 }
 
 QString link(const QUrl &url, const QString &text)
@@ -31,64 +23,37 @@ QString link(const QUrl &url, const QString &text)
     return QStringLiteral("<a href=\"%1\">%2</a>")
         .arg(url.toString(QUrl::FullyEncoded).toHtmlEscaped(), text.toHtmlEscaped());
 }
+
+// The emblem drawn from the icon font, as an image URL for the QML side.
+QString emblemUrl()
+{
+    const QImage image = IconFont::loadIcon(IconFont::narv, 112, QColor(0x3d, 0x9b, 0xd6));
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return QStringLiteral("data:image/png;base64,") + QString::fromLatin1(png.toBase64());
+}
 } // namespace
 
-UpdateWindow::UpdateWindow(QWidget *parent) : QWidget(parent, Qt::Dialog)
+UpdateWindow::UpdateWindow() = default;
+
+UpdateWindow::~UpdateWindow()
 {
-    setWindowTitle(NARV_TR("Software Update"));
-    setAttribute(Qt::WA_QuitOnClose, false);
-
-    auto *emblem = new QLabel;
-    emblem->setPixmap(
-        QPixmap::fromImage(IconFont::loadIcon(IconFont::narv, 56, QColor(0x3d, 0x9b, 0xd6))));
-    emblem->setAlignment(Qt::AlignTop);
-
-    m_heading = new QLabel;
-    QFont bold = m_heading->font();
-    bold.setBold(true);
-    bold.setPointSizeF(bold.pointSizeF() * 1.15);
-    m_heading->setFont(bold);
-    m_message = new QLabel;
-    m_message->setWordWrap(true);
-    m_message->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_links = new QLabel;
-    m_links->setTextFormat(Qt::RichText);
-    m_links->setOpenExternalLinks(true);
-
-    auto *text = new QVBoxLayout;
-    text->addWidget(m_heading);
-    text->addWidget(m_message);
-    text->addWidget(m_links);
-    text->addStretch();
-
-    auto *top = new QHBoxLayout;
-    top->addWidget(emblem);
-    top->addLayout(text, 1);
-
-    auto *buttons = new QDialogButtonBox;
-    buttons->addButton(NARV_TR("Close"), QDialogButtonBox::RejectRole);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QWidget::close);
-
-    auto *layout = new QVBoxLayout(this);
-    layout->addLayout(top);
-    layout->addWidget(buttons);
-    setMinimumWidth(380);
+    delete m_window;
+    if (theWindow() == this)
+        theWindow() = nullptr;
 }
 
-void UpdateWindow::follow(AppcastUpdateChecker *checker)
+UpdateWindow *UpdateWindow::ensure()
 {
-    QObject::connect(checker, &AppcastUpdateChecker::updateAvailable, checker,
-                     [](const AppcastItem &item, bool) { ensureWindow()->showUpdate(item); });
-    QObject::connect(checker, &AppcastUpdateChecker::upToDate, checker, [](bool userInitiated) {
-        if (userInitiated)
-            ensureWindow()->showUpToDate();
-    });
-    QObject::connect(checker, &AppcastUpdateChecker::checkFailed, checker,
-                     [](const QString &reason, bool userInitiated) {
-                         // A scheduled check that fails stays in the log.
-                         if (userInitiated)
-                             ensureWindow()->showFailure(reason);
-                     });
+    if (!theWindow()) {
+        theWindow() = new UpdateWindow;
+        // Its window goes while Qt's windowing is still there.
+        QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
+                         QCoreApplication::instance(), [] { delete theWindow(); });
+    }
+    return theWindow();
 }
 
 UpdateWindow *UpdateWindow::instance()
@@ -98,58 +63,81 @@ UpdateWindow *UpdateWindow::instance()
 
 void UpdateWindow::showUpdate(const AppcastItem &item)
 {
-    m_heading->setText(NARV_TR("A new version is available"));
-    m_message->setText(
-        NARV_TR("Version %1 is out; you have %2.").arg(item.displayVersion(), AppInfo::version()));
     const QUrl notes =
         item.releaseNotesLink.isEmpty() ? QUrl(AppInfo::releaseNotesLink()) : item.releaseNotesLink;
     QStringList parts{link(notes, NARV_TR("Release Notes"))};
     if (!item.downloadLink.isEmpty())
         parts.append(link(item.downloadLink, NARV_TR("Download")));
-    m_links->setText(parts.join(QStringLiteral(" &nbsp;·&nbsp; ")));
-    m_links->show();
-    present();
+    present(
+        NARV_TR("A new version is available"),
+        NARV_TR("Version %1 is out; you have %2.").arg(item.displayVersion(), AppInfo::version()),
+        parts.join(QStringLiteral(" &nbsp;·&nbsp; ")));
 }
 
 void UpdateWindow::showUpToDate()
 {
-    m_heading->setText(NARV_TR("You're up to date"));
-    m_message->setText(
-        NARV_TR("%1 %2 is the newest version available.").arg(AppInfo::name(), AppInfo::version()));
-    m_links->clear();
-    m_links->hide();
-    present();
+    present(
+        NARV_TR("You're up to date"),
+        NARV_TR("%1 %2 is the newest version available.").arg(AppInfo::name(), AppInfo::version()),
+        QString());
 }
 
 void UpdateWindow::showFailure(const QString &reason)
 {
-    m_heading->setText(NARV_TR("The update check failed"));
     // Reasons are log phrases, lower-case at the start.
-    m_message->setText(reason.left(1).toUpper() + reason.mid(1));
-    m_links->clear();
-    m_links->hide();
-    present();
+    present(NARV_TR("The update check failed"), reason.left(1).toUpper() + reason.mid(1),
+            QString());
+}
+
+bool UpdateWindow::isVisible() const
+{
+    return m_window && m_window->isVisible();
+}
+
+void UpdateWindow::hide()
+{
+    if (m_window)
+        m_window->hide();
 }
 
 QString UpdateWindow::heading() const
 {
-    return m_heading->text();
+    return m_window ? m_window->property("heading").toString() : QString();
 }
 
 QString UpdateWindow::message() const
 {
-    return m_message->text();
+    return m_window ? m_window->property("message").toString() : QString();
 }
 
 QString UpdateWindow::links() const
 {
-    return m_links->text();
+    return m_window ? m_window->property("links").toString() : QString();
 }
 
-void UpdateWindow::present()
+void UpdateWindow::present(const QString &heading, const QString &message, const QString &links)
 {
-    adjustSize();
-    show();
-    raise();
-    activateWindow();
+    if (!m_window) {
+        // Drawn in software like every other Narv window; QT_QUICK_BACKEND
+        // still decides when it is set.
+        if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
+            QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        m_engine = std::make_unique<QQmlEngine>();
+        QQmlComponent component(m_engine.get(),
+                                QUrl(QStringLiteral("qrc:/narv/update/UpdateWindow.qml")));
+        QObject *root = component.createWithInitialProperties({{"emblem", emblemUrl()}});
+        m_window = qobject_cast<QQuickWindow *>(root);
+        if (!m_window) {
+            delete root;
+            LOG_ERROR(QStringLiteral("cannot show the update window: ") +
+                      component.errorString().trimmed());
+            return;
+        }
+    }
+    m_window->setProperty("heading", heading);
+    m_window->setProperty("message", message);
+    m_window->setProperty("links", links);
+    m_window->show();
+    m_window->raise();
+    m_window->requestActivate();
 }

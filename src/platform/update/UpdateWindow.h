@@ -1,39 +1,44 @@
 #pragma once
 
-#include "Appcast.h"
+#include "UpdatePresenter.h"
 
-#include <QWidget>
+#include <QObject>
+#include <QPointer>
 
-class QLabel;
-class AppcastUpdateChecker;
+#include <memory>
+
+class QQmlEngine;
+class QQuickWindow;
 
 // The small window that tells the outcome of an update check: a newer release
 // with its version and links to the release notes and the download, "You're
-// up to date", or why the check failed. Made on first use and reused.
-class UpdateWindow : public QWidget {
+// up to date", or why the check failed. Drawn with Qt Quick (UpdateWindow.qml)
+// so that it needs no QApplication; made on first use and reused.
+class UpdateWindow : public QObject, public UpdatePresenter {
     Q_OBJECT
 public:
-    explicit UpdateWindow(QWidget *parent = nullptr);
+    UpdateWindow();
+    ~UpdateWindow() override;
 
-    // Shows what the checker finds: a newer release always, the other
-    // outcomes only when the user asked for the check.
-    static void follow(AppcastUpdateChecker *checker);
-    // The window follow() shows, once it exists.
+    // The one window, made on first use.
+    static UpdateWindow *ensure();
+    // The window, once it exists.
     static UpdateWindow *instance();
 
-    void showUpdate(const AppcastItem &item);
-    void showUpToDate();
-    void showFailure(const QString &reason);
+    void showUpdate(const AppcastItem &item) override;
+    void showUpToDate() override;
+    void showFailure(const QString &reason) override;
 
+    bool isVisible() const;
+    void hide();
     QString heading() const;
     QString message() const;
     // The links under the message as HTML; empty when there are none.
     QString links() const;
 
 private:
-    void present();
+    void present(const QString &heading, const QString &message, const QString &links);
 
-    QLabel *m_heading;
-    QLabel *m_message;
-    QLabel *m_links;
+    std::unique_ptr<QQmlEngine> m_engine;
+    QPointer<QQuickWindow> m_window;
 };

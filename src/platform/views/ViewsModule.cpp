@@ -1,11 +1,7 @@
 #include "platform/views/ViewsModule.h"
 
 #include "app/Log.h"
-
-#include <QCoreApplication>
-#include <QDir>
-#include <QFileInfo>
-#include <QLibrary>
+#include "app/Module.h"
 
 namespace {
 
@@ -19,25 +15,14 @@ CreateBackend entry()
     if (tried)
         return create;
     tried = true;
-    QStringList errors;
-    for (const QString &path : ViewsModule::candidates()) {
-        if (!QFileInfo::exists(path))
-            continue;
-        QLibrary library(path);
-        // Its types stay registered with Qt for the rest of the process.
-        library.setLoadHints(QLibrary::PreventUnloadHint);
-        create = reinterpret_cast<CreateBackend>(library.resolve(ViewsModule::entryPoint));
-        if (create) {
-            LOG_INFO(QStringLiteral("windows loaded from ") + path);
-            return create;
-        }
-        errors.append(library.errorString());
-    }
-    LOG_ERROR(QStringLiteral("cannot load the windows (%1): breaks run without break windows")
-                  .arg(errors.isEmpty()
-                           ? QStringLiteral("no ") + QLatin1String(ViewsModule::fileName)
-                           : errors.join(QStringLiteral("; "))));
-    return nullptr;
+    const Module::Entry found = Module::resolve(ViewsModule::fileName, ViewsModule::entryPoint);
+    create = reinterpret_cast<CreateBackend>(found.function);
+    if (create)
+        LOG_INFO(QStringLiteral("windows loaded from ") + found.path);
+    else
+        LOG_ERROR(QStringLiteral("cannot load the windows (%1): breaks run without break windows")
+                      .arg(found.error));
+    return create;
 }
 
 class LazyWindowBackend : public WindowBackend {
@@ -84,14 +69,4 @@ private:
 std::unique_ptr<WindowBackend> ViewsModule::windowBackend()
 {
     return std::make_unique<LazyWindowBackend>();
-}
-
-QStringList ViewsModule::candidates()
-{
-    QStringList paths;
-    const QDir here(QCoreApplication::applicationDirPath());
-    paths.append(here.filePath(QLatin1String(fileName)));
-    paths.append(QDir::cleanPath(here.filePath(QStringLiteral(NARV_VIEWS_INSTALLED_DIR)) + u'/' +
-                                 QLatin1String(fileName)));
-    return paths;
 }

@@ -2,8 +2,6 @@
 
 #include "windows/WindowController.h"
 
-#include <QStringList>
-
 #include <memory>
 
 // Everything Narv draws with Qt Quick (the break windows, the water panel, the
@@ -22,8 +20,4 @@ inline constexpr const char *entryPoint = "narv_views_create_window_backend";
 // from then on leaves everything to the module's own backend, which takes its
 // place in WindowController. Closing before anything was shown needs no module.
 std::unique_ptr<WindowBackend> windowBackend();
-
-// Where the module is looked for, in order: beside the executable (the build
-// tree), then the installed library folder.
-QStringList candidates();
 } // namespace ViewsModule

@@ -1,0 +1,22 @@
+#include "ClassicTray.h"
+#include "TrayIconFallback.h"
+
+#include <QApplication>
+#include <QSystemTrayIcon>
+
+// The module's entry points, looked up by name once it is loaded. The module
+// resolves the core's symbols against the program (which exports them), so
+// the icon's menu is the program's one menu model.
+
+extern "C" Q_DECL_EXPORT QGuiApplication *narv_classictray_create_application(int &argc,
+                                                                              char **argv)
+{
+    return new QApplication(argc, argv);
+}
+
+extern "C" Q_DECL_EXPORT ClassicTrayIcon *narv_classictray_create_icon(QObject *parent)
+{
+    if (!TrayIconFallback::isAvailable())
+        return nullptr;
+    return new TrayIconFallback(parent);
+}
