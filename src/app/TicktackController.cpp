@@ -10,6 +10,16 @@
 #include <limits>
 #include <memory>
 
+namespace {
+// Minutes and seconds as "%02d" writes them (0 to 59), without QString::arg:
+// this runs every second of the program's life.
+void appendTwoDigits(QString &text, qint64 value)
+{
+    text.append(QChar(u'0' + int(value / 10)));
+    text.append(QChar(u'0' + int(value % 10)));
+}
+} // namespace
+
 QString timeString(qint64 seconds)
 {
     if (seconds <= 0)
@@ -17,10 +27,16 @@ QString timeString(qint64 seconds)
     const qint64 h = seconds / 3600;
     const qint64 m = (seconds % 3600) / 60;
     const qint64 s = seconds % 60;
-    QString text =
-        QStringLiteral("%1:%2").arg(m, 2, 10, QLatin1Char('0')).arg(s, 2, 10, QLatin1Char('0'));
-    if (h > 0)
-        text.prepend(QStringLiteral("%1").arg(h, 2, 10, QLatin1Char('0')));
+    QString text;
+    text.reserve(8);
+    if (h > 0) {
+        if (h < 10)
+            text.append(u'0');
+        text.append(QString::number(h));
+    }
+    appendTwoDigits(text, m);
+    text.append(u':');
+    appendTwoDigits(text, s);
     return text;
 }
 

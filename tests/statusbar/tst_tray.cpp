@@ -246,6 +246,8 @@ void TestTray::initTestCase()
         QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
     QVERIFY(listen(m_service, QStringLiteral("/StatusNotifierItem"), sniInterface,
                    QStringLiteral("XAyatanaNewLabel"), &m_signals));
+    QVERIFY(listen(m_service, QStringLiteral("/StatusNotifierItem"), sniInterface,
+                   QStringLiteral("NewToolTip"), &m_signals));
     QVERIFY(listen(m_service, QStringLiteral("/MenuBar"), menuInterface,
                    QStringLiteral("ItemsPropertiesUpdated"), &m_signals));
     QVERIFY(listen(m_service, QStringLiteral("/MenuBar"), menuInterface,
@@ -325,6 +327,14 @@ void TestTray::labelFollowsTheCountdown()
     QCOMPARE(m_signals.argumentsOf(QStringLiteral("XAyatanaNewLabel")),
              (QList<QVariantList>{{QStringLiteral("00:59"), QStringLiteral("00:00")},
                                   {QStringLiteral("00:58"), QStringLiteral("00:00")}}));
+    // Each new label is followed by NewToolTip: the tooltip repeats it.
+    QTRY_COMPARE(m_signals.argumentsOf(QStringLiteral("NewToolTip")).size(), 2);
+    QStringList order;
+    for (const auto &received : std::as_const(m_signals.received))
+        order.append(received.first);
+    QCOMPARE(order,
+             (QStringList{QStringLiteral("XAyatanaNewLabel"), QStringLiteral("NewToolTip"),
+                          QStringLiteral("XAyatanaNewLabel"), QStringLiteral("NewToolTip")}));
     QCOMPARE(property(QStringLiteral("XAyatanaLabel")).toString(), QStringLiteral("00:58"));
 
     pref->setShowTime(false);

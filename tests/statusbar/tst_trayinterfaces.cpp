@@ -2,8 +2,9 @@
 // files, read the way a panel reads them, over a private session bus (the test
 // runs under dbus-run-session): Introspect says what the file says, every
 // property comes with the type the file gives it, the properties are
-// read-only, unknown names are errors. And the item's emblem, drawn from the
-// icon font's SVG source, is the icon font's glyph.
+// read-only, unknown names are errors. The item's emblem, drawn from the
+// icon font's SVG source, is the icon font's glyph. And the label signals the
+// item writes onto its socket itself are, byte for byte, what libdbus writes.
 //
 // The item lives in this process on its own main-thread connection; the
 // "panel" is a QtDBus connection of the test, called asynchronously so the
@@ -23,12 +24,19 @@
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
+#include <QDBusReply>
 #include <QDBusVariant>
 #include <QFile>
 #include <QGuiApplication>
 #include <QImage>
 #include <QTest>
 #include <QXmlStreamReader>
+
+#include <dbus/dbus.h>
+#include <signal.h>
+
+#include <chrono>
+#include <thread>
 
 #include <memory>
 
@@ -93,6 +101,24 @@ QString signatureOf(const QVariant &value)
 
 } // namespace
 
+// The label signals a panel receives: the labels in order, and how many
+// NewToolTip came with them.
+class SignalRecorder : public QObject {
+    Q_OBJECT
+public:
+    QStringList labels;
+    int toolTips = 0;
+
+public Q_SLOTS:
+    void onMessage(const QDBusMessage &m)
+    {
+        if (m.member() == u"NewToolTip")
+            ++toolTips;
+        else
+            labels.append(m.arguments().value(0).toString());
+    }
+};
+
 class TestTrayInterfaces : public QObject {
     Q_OBJECT
 
@@ -106,6 +132,9 @@ private Q_SLOTS:
     void everyPropertyHasItsDeclaredType();
     void propertiesAreReadOnlyAndUnknownNamesAreErrors();
     void emblemIsTheIconFontGlyph();
+    void textSignalsAreWhatLibdbusWrites_data();
+    void textSignalsAreWhatLibdbusWrites();
+    void textSignalsArriveInOrderThroughAFullSocket();
 
 private:
     QDBusMessage call(const QString &path, const QString &interface, const QString &method,
@@ -301,3 +330,127 @@ int main(int argc, char **argv)
 }
 
 #include "tst_trayinterfaces.moc"
+
+// The label and tooltip signals the item writes itself (MainLoopBus::
+// sendTextSignals) against the same signals marshalled by libdbus: any slip
+// in padding, lengths or field order would make the bus daemon drop the
+// connection.
+void TestTrayInterfaces::textSignalsAreWhatLibdbusWrites_data()
+{
+    QTest::addColumn<QStringList>("texts");
+    QTest::newRow("the label and its guide")
+        << QStringList{QStringLiteral("24:59"), QStringLiteral("00:00")};
+    QTest::newRow("no arguments (NewToolTip)") << QStringList{};
+    QTest::newRow("empty text") << QStringList{QString()};
+    // Lengths 1 to 4 put the next length field on each of the four offsets.
+    QTest::newRow("every padding") << QStringList{QStringLiteral("a"), QStringLiteral("ab"),
+                                                  QStringLiteral("abc"), QStringLiteral("abcd")};
+    QTest::newRow("hours, no separator") << QStringList{QStringLiteral("0102:05")};
+    QTest::newRow("not ASCII") << QStringList{QStringLiteral("\u4f11\u606f 05:00 \u00e9")};
+    // Longer than the buffer on the stack.
+    QTest::newRow("long") << QStringList{QString(700, u'x'), QStringLiteral("y")};
+}
+
+void TestTrayInterfaces::textSignalsAreWhatLibdbusWrites()
+{
+    QFETCH(QStringList, texts);
+    const QList<MainLoopBus::TextSignal> signalList{{"XAyatanaNewLabel", texts},
+                                                    {"NewToolTip", {}}};
+    const quint32 serial = 0x80000005u;
+    const QByteArray ours = MainLoopBus::textSignalFrames(
+        StatusNotifierItem::objectPath, StatusNotifierItem::interfaceName, signalList, serial);
+
+    QByteArray expected;
+    quint32 next = serial;
+    for (const MainLoopBus::TextSignal &s : signalList) {
+        DBusMessage *m = dbus_message_new_signal(StatusNotifierItem::objectPath,
+                                                 StatusNotifierItem::interfaceName, s.member);
+        DBusMessageIter it;
+        dbus_message_iter_init_append(m, &it);
+        for (const QString &text : s.texts)
+            DBusWrite::string(&it, text);
+        dbus_message_set_serial(m, next++);
+        char *bytes = nullptr;
+        int length = 0;
+        QVERIFY(dbus_message_marshal(m, &bytes, &length));
+        expected.append(bytes, length);
+        dbus_free(bytes);
+        dbus_message_unref(m);
+    }
+    QCOMPARE(ours.toHex(' '), expected.toHex(' '));
+
+    // And libdbus reads ours back as the same messages.
+    const int first = dbus_message_demarshal_bytes_needed(ours.constData(), int(ours.size()));
+    QVERIFY(first > 0 && first < ours.size());
+    DBusError error;
+    dbus_error_init(&error);
+    DBusMessage *label = dbus_message_demarshal(ours.constData(), first, &error);
+    QVERIFY2(label, error.message);
+    DBusMessageIter args;
+    dbus_message_iter_init(label, &args);
+    QStringList read;
+    while (dbus_message_iter_get_arg_type(&args) == DBUS_TYPE_STRING)
+        read.append(DBusRead::next(&args).toString());
+    QCOMPARE(read, texts);
+    QCOMPARE(dbus_message_get_serial(label), serial);
+    dbus_message_unref(label);
+}
+
+// Thousands of signals while the bus daemon is stopped, more than the socket
+// holds: the first go out in our own writes, one is cut by the full socket
+// or finds it full, the rest wait in libdbus's queue; once the daemon reads
+// again a listener gets every one, in order, and the connection is alive.
+void TestTrayInterfaces::textSignalsArriveInOrderThroughAFullSocket()
+{
+    QString error;
+    std::unique_ptr<MainLoopBus> sender = MainLoopBus::connectToSessionBus(&error);
+    QVERIFY2(sender, qPrintable(error));
+    SignalRecorder log;
+    QDBusConnection listener =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("listener"));
+    for (const QString &member : {QStringLiteral("XAyatanaNewLabel"), QStringLiteral("NewToolTip")})
+        QVERIFY(listener.connect(sender->uniqueName(), QStringLiteral("/StatusNotifierItem"),
+                                 QString::fromLatin1(StatusNotifierItem::interfaceName), member,
+                                 &log, SLOT(onMessage(QDBusMessage))));
+    // The match rules are in place once the bus has answered a call after them.
+    QVERIFY(listener.interface()->isServiceRegistered(sender->uniqueName()).value());
+
+    const QDBusReply<uint> daemon = listener.interface()->call(
+        QStringLiteral("GetConnectionUnixProcessID"), QStringLiteral("org.freedesktop.DBus"));
+    QVERIFY2(daemon.isValid(), qPrintable(daemon.error().message()));
+    const pid_t daemonPid = pid_t(daemon.value());
+    QCOMPARE(::kill(daemonPid, SIGSTOP), 0);
+    // A write cut in the middle waits for the daemon: it goes on in a second.
+    std::thread resume([daemonPid] {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+        ::kill(daemonPid, SIGCONT);
+    });
+
+    // Padding makes each pair about 1.2 KiB: 3000 of them fill any socket buffer.
+    const QString padding(1000, u'.');
+    QStringList sent;
+    for (int i = 0; i < 3000; ++i) {
+        const QString label = QString::number(i) + padding;
+        sent.append(label);
+        sender->sendTextSignals(
+            StatusNotifierItem::objectPath, StatusNotifierItem::interfaceName,
+            {{"XAyatanaNewLabel", {label, QStringLiteral("00:00")}}, {"NewToolTip", {}}});
+        if (i % 500 == 250) {
+            // One through libdbus in the middle keeps its place.
+            DBusMessage *m =
+                dbus_message_new_signal(StatusNotifierItem::objectPath,
+                                        StatusNotifierItem::interfaceName, "XAyatanaNewLabel");
+            DBusMessageIter it;
+            dbus_message_iter_init_append(m, &it);
+            const QString via = QStringLiteral("libdbus %1").arg(i);
+            DBusWrite::string(&it, via);
+            sent.append(via);
+            sender->send(m);
+        }
+    }
+    resume.join();
+    QTRY_COMPARE_WITH_TIMEOUT(log.labels.size(), sent.size(), 30000);
+    QCOMPARE(log.labels, sent);
+    QCOMPARE(log.toolTips, 3000);
+    QVERIFY(listener.interface()->isServiceRegistered(sender->uniqueName()).value());
+}

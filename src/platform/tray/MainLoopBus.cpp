@@ -4,7 +4,15 @@
 
 #include <QMetaObject>
 #include <QSocketNotifier>
+#include <QSysInfo>
 #include <QTimer>
+#include <QVarLengthArray>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <poll.h>
+#include <sys/socket.h>
 
 namespace {
 
@@ -220,6 +228,186 @@ void MainLoopBus::send(DBusMessage *message)
     // write watch finishes the job.
     dbus_connection_send(m_connection, message, nullptr);
     dbus_message_unref(message);
+}
+
+namespace {
+
+// The D-Bus wire format, as much of it as a signal with text arguments needs:
+// a header (byte order, type, flags, version, body length, serial, then an
+// array of (code, variant) fields, each field on an 8-byte boundary), padding
+// to 8 bytes, and the body. Boundaries count from the message's first byte;
+// the next message follows the body at once. Written into a buffer on the
+// stack: this runs every second, and a few hundred byte-sized appends to a
+// QByteArray cost more than the rest of the tick.
+using Frames = QVarLengthArray<char, 512>;
+
+class FrameWriter {
+public:
+    explicit FrameWriter(Frames &out) : m_out(out), m_start(out.size()) {}
+
+    void align(qsizetype boundary)
+    {
+        while ((m_out.size() - m_start) % boundary)
+            m_out.append('\0');
+    }
+    void byte(char b) { m_out.append(b); }
+    // In this machine's byte order, which the message's first byte states.
+    void uint32(quint32 value)
+    {
+        align(4);
+        m_out.append(reinterpret_cast<const char *>(&value), 4);
+    }
+    void setUint32At(qsizetype at, quint32 value) { std::memcpy(m_out.data() + at, &value, 4); }
+    // "s" and "o": a length, the bytes, a NUL.
+    void string(const char *text, qsizetype size)
+    {
+        uint32(quint32(size));
+        m_out.append(text, size);
+        m_out.append('\0');
+    }
+    // "g": the same with a one-byte length.
+    void signature(const char *text, qsizetype size)
+    {
+        byte(char(size));
+        m_out.append(text, size);
+        m_out.append('\0');
+    }
+    // One header field: (code, variant of the given type).
+    void field(char code, char type, const char *value, qsizetype size)
+    {
+        align(8);
+        byte(code);
+        signature(&type, 1);
+        if (type == 'g')
+            signature(value, size);
+        else
+            string(value, size);
+    }
+    void field(char code, char type, const char *value)
+    {
+        field(code, type, value, qsizetype(std::strlen(value)));
+    }
+    qsizetype size() const { return m_out.size(); }
+
+private:
+    Frames &m_out;
+    qsizetype m_start;
+};
+
+// Our own serials run from 2^31 to 2^32 - 1 and round again; 0 is not a serial.
+quint32 nextOwnSerial(quint32 serial)
+{
+    return serial == 0xffffffffu ? 0x80000000u : serial + 1;
+}
+
+void writeFrames(Frames &out, const char *path, const char *iface,
+                 const QList<MainLoopBus::TextSignal> &list, quint32 firstSerial)
+{
+    static constexpr char textSignature[] = "ssssssss"; // up to eight texts a signal
+    quint32 serial = firstSerial;
+    for (const MainLoopBus::TextSignal &signal : list) {
+        const qsizetype texts = std::min<qsizetype>(signal.texts.size(), 8);
+        FrameWriter w(out);
+        w.byte(QSysInfo::ByteOrder == QSysInfo::LittleEndian ? 'l' : 'B');
+        w.byte(char(DBUS_MESSAGE_TYPE_SIGNAL));
+        w.byte(char(DBUS_HEADER_FLAG_NO_REPLY_EXPECTED)); // as libdbus marks signals
+        w.byte(char(DBUS_MAJOR_PROTOCOL_VERSION));
+        const qsizetype bodyLengthAt = w.size();
+        w.uint32(0); // filled in below
+        w.uint32(serial);
+        const qsizetype fieldsLengthAt = w.size();
+        w.uint32(0); // filled in below
+        const qsizetype fieldsStart = w.size();
+        w.field(char(DBUS_HEADER_FIELD_PATH), 'o', path);
+        w.field(char(DBUS_HEADER_FIELD_INTERFACE), 's', iface);
+        w.field(char(DBUS_HEADER_FIELD_MEMBER), 's', signal.member);
+        if (texts > 0)
+            w.field(char(DBUS_HEADER_FIELD_SIGNATURE), 'g', textSignature, texts);
+        w.setUint32At(fieldsLengthAt, quint32(w.size() - fieldsStart));
+        w.align(8);
+        const qsizetype bodyStart = w.size();
+        for (qsizetype i = 0; i < texts; ++i) {
+            // UTF-8, which toUtf8() always gives, up to the first NUL, as
+            // libdbus would take it from a C string.
+            const QByteArray utf8 = signal.texts.at(i).toUtf8();
+            w.string(utf8.constData(), qsizetype(std::strlen(utf8.constData())));
+        }
+        w.setUint32At(bodyLengthAt, quint32(w.size() - bodyStart));
+        serial = nextOwnSerial(serial);
+    }
+}
+
+} // namespace
+
+QByteArray MainLoopBus::textSignalFrames(const char *path, const char *iface,
+                                         const QList<TextSignal> &list, quint32 firstSerial)
+{
+    Frames frames;
+    writeFrames(frames, path, iface, list, firstSerial);
+    return QByteArray(frames.constData(), frames.size());
+}
+
+bool MainLoopBus::writeWhole(const char *data, qsizetype size)
+{
+    int fd = -1;
+    if (!dbus_connection_get_socket(m_connection, &fd) || fd < 0)
+        return false;
+    qsizetype written = 0;
+    while (written < size) {
+        const ssize_t n =
+            ::send(fd, data + written, size_t(size - written), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (n > 0) {
+            written += n;
+            continue;
+        }
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (written == 0)
+            return false; // nothing went out: libdbus can still send it whole
+        // Half a message is on the bus, so the rest has to follow before
+        // anything else. The bus daemon has stopped reading for the moment
+        // (its buffer for us is full); wait for it.
+        pollfd p{fd, POLLOUT, 0};
+        if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK)
+            break;
+        if (::poll(&p, 1, 5000) <= 0)
+            break;
+    }
+    if (written < size) {
+        // The stream is cut in the middle of a message: nothing more can be
+        // understood on it. Closing it makes libdbus report the connection lost.
+        LOG_WARNING(QStringLiteral("the session bus stopped reading the status item's messages; "
+                                   "its connection is closed"));
+        ::shutdown(fd, SHUT_RDWR);
+    }
+    return true;
+}
+
+void MainLoopBus::sendTextSignals(const char *path, const char *iface,
+                                  const QList<TextSignal> &list)
+{
+    if (list.isEmpty())
+        return;
+    const bool fits = std::all_of(list.cbegin(), list.cend(),
+                                  [](const TextSignal &s) { return s.texts.size() <= 8; });
+    if (fits && dbus_connection_get_is_connected(m_connection) &&
+        !dbus_connection_has_messages_to_send(m_connection)) {
+        Frames frames;
+        writeFrames(frames, path, iface, list, m_ownSerial);
+        if (writeWhole(frames.constData(), frames.size())) {
+            for (qsizetype i = 0; i < list.size(); ++i)
+                m_ownSerial = nextOwnSerial(m_ownSerial);
+            return;
+        }
+    }
+    for (const TextSignal &signal : list) {
+        DBusMessage *message = dbus_message_new_signal(path, iface, signal.member);
+        DBusMessageIter it;
+        dbus_message_iter_init_append(message, &it);
+        for (const QString &text : signal.texts)
+            DBusWrite::string(&it, text);
+        send(message);
+    }
 }
 
 void MainLoopBus::callAsync(DBusMessage *call, std::function<void(DBusMessage *)> done,

@@ -218,20 +218,12 @@ void StatusNotifierItem::setLabel(const QString &label)
     if (label == m_label)
         return;
     m_label = label;
-    emitSignal("XAyatanaNewLabel", {m_label, labelGuide()});
-    emitSignal("NewToolTip");
-}
-
-void StatusNotifierItem::emitSignal(const char *member, const QStringList &texts)
-{
-    if (!m_exported || !m_bus)
-        return;
-    DBusMessage *signal = dbus_message_new_signal(objectPath, interfaceName, member);
-    DBusMessageIter it;
-    dbus_message_iter_init_append(signal, &it);
-    for (const QString &text : texts)
-        DBusWrite::string(&it, text);
-    m_bus->send(signal);
+    // Every second while counting: both go out in one write (see
+    // MainLoopBus::sendTextSignals). The tooltip repeats the label, so panels
+    // re-read it too.
+    if (m_exported && m_bus)
+        m_bus->sendTextSignals(objectPath, interfaceName,
+                               {{"XAyatanaNewLabel", {m_label, labelGuide()}}, {"NewToolTip", {}}});
 }
 
 bool StatusNotifierItem::writeProperty(DBusMessageIter *it, const QString &name) const

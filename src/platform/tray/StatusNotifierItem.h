@@ -52,7 +52,6 @@ private:
     DBusMessage *handle(DBusMessage *call);
     // Writes the property as a variant; false for a name the interface lacks.
     bool writeProperty(DBusMessageIter *it, const QString &name) const;
-    void emitSignal(const char *member, const QStringList &texts = {});
     void registerWithWatcher();
 
     QPointer<MainLoopBus> m_bus;
