@@ -20,3 +20,108 @@ narv_scratch_home() {
     export HOME=$home XDG_CONFIG_HOME=$home/config XDG_CACHE_HOME=$home/cache
     export XDG_RUNTIME_DIR=$home/runtime
 }
+
+# Starts $narv in a scratch home (narv_scratch_home, unless there is one)
+# whose settings file is read from standard input; its process id in $pid. Whatever the script leaves
+# running is stopped, and the home removed, at exit.
+narv_start() {
+    [[ -n ${home:-} ]] || narv_scratch_home
+    pid=
+    passed=0
+    trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; [[ -n ${watcher:-} ]] && kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
+    cat >"$home/config/narv/narv.conf"
+    export LC_ALL=C.UTF-8
+    "$narv" >"$home/stdout" 2>&1 &
+    pid=$!
+    item=org.kde.StatusNotifierItem-$pid-1
+}
+
+log() { cat "$home"/cache/narv/Logs/*.log 2>/dev/null || true; }
+# A script may define fail_context to print more of what it saw.
+fail() {
+    echo "FAIL: $*"
+    if declare -F fail_context >/dev/null; then fail_context; fi
+    echo "--- log"; log | tail -40
+    exit 1
+}
+ok() { passed=$((passed + 1)); echo "ok: $*"; }
+
+# Waits up to $1 seconds for the command after it to succeed; fails if narv
+# goes meanwhile.
+wait_for() {
+    local seconds=$1
+    shift
+    for _ in $(seq 1 $((seconds * 10))); do
+        "$@" && return 0
+        [[ -z ${pid:-} ]] || kill -0 "$pid" 2>/dev/null || fail "narv is gone"
+        sleep 0.1
+    done
+    return 1
+}
+count() { log | grep -c -- "$1" || true; }
+# The log has a line matching $1, at least $2 (1) of them.
+logged() { [[ $(count "$1") -ge ${2:-1} ]]; }
+mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
+shmem_kib() { awk '/^RssShmem:/ { print $2 }' "/proc/$pid/status"; }
+# Edits the settings file under the running program, as another program may.
+setting() { sed -i "s/^$1=.*/$1=$2/" "$home/config/narv/narv.conf"; }
+
+# Ids of the windows titled $1, or "$1 …" (Qt adds the program's name);
+# $2 may be --onlyvisible.
+windows_named() { xdotool search ${2:-} --name "^$1( |\$)" 2>/dev/null | sort || true; }
+# Window $1 is viewable at x $2, y $3, $4 wide and $5 high.
+check_geometry() {
+    local info
+    info=$(xwininfo -id "$1")
+    grep -q "Absolute upper-left X:  $2$" <<<"$info" || fail "$1: x is not $2"
+    grep -q "Absolute upper-left Y:  $3$" <<<"$info" || fail "$1: y is not $3"
+    grep -q "Width: $4$" <<<"$info" || fail "$1: width is not $4"
+    grep -q "Height: $5$" <<<"$info" || fail "$1: height is not $5"
+    grep -q "Map State: IsViewable" <<<"$info" || fail "$1: not viewable"
+}
+# Window $1 is on every desktop, borderless, and has the _NET_WM_STATE atoms
+# named after it.
+check_hints() {
+    local id=$1 state atom
+    shift
+    state=$(xprop -id "$id" _NET_WM_STATE _NET_WM_DESKTOP _MOTIF_WM_HINTS)
+    for atom in "$@"; do
+        grep -q "_NET_WM_STATE_$atom" <<<"$state" || fail "$id: no _NET_WM_STATE_$atom in $state"
+    done
+    grep -q "_NET_WM_DESKTOP(CARDINAL) = 4294967295" <<<"$state" || fail "$id: not on all desktops"
+    # Motif hints: flags 2 (decorations) with decorations 0, i.e. borderless.
+    grep -Eq "_MOTIF_WM_HINTS\(_MOTIF_WM_HINTS\) = 0x2, 0x[0-9a-f]+, 0x0" <<<"$state" ||
+        fail "$id: has a border: $state"
+}
+
+# The status menu over dbusmenu, as a panel reads it.
+menu_call() {
+    local method=$1
+    shift
+    dbus-send --session --print-reply --dest="$item" /MenuBar "com.canonical.dbusmenu.$method" "$@" 2>/dev/null
+}
+# The id of the first menu item whose property $1 matches $2.
+menu_find() {
+    local id
+    for id in $(seq 1 20); do
+        menu_call GetProperty "int32:$id" "string:$1" | grep -q -- "$2" && echo "$id" && return 0
+    done
+    return 1
+}
+# Clicks the first menu item whose property $1 matches $2.
+menu_click() {
+    local id
+    id=$(menu_find "$1" "$2") || return 1
+    menu_call Event "int32:$id" string:clicked variant:int32:0 uint32:0 >/dev/null
+}
+menu_label() { menu_call GetProperty "int32:$1" string:label | awk -F'"' '/string/ { print $2 }'; }
+
+# Ends narv with SIGTERM: it must exit 0 and have logged no error.
+narv_stop() {
+    kill -TERM "$pid"
+    local status=0
+    wait "$pid" || status=$?
+    pid=
+    [[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
+    ! log | grep -E " (error|critical) " || fail "errors in the log"
+}

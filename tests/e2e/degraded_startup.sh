@@ -10,21 +10,16 @@ source "$here/common.sh"
 passed=0
 failed=0
 
-log() { cat "$home"/cache/narv/Logs/*.log 2>/dev/null || true; }
-
 # Starts narv with the given env, waits for $2 in the log (or 5 s), keeps it
 # running for the rest of the wait and stops it.
 run_narv() {
-    local seconds=$1 wait_for=$2
+    local seconds=$1 wanted=$2
     shift 2
     # Its own process group, so that a wrapper (dbus-run-session) and narv
     # under it go together.
     setsid env "$@" "$narv" >"$home/stdout" 2>&1 &
     local pid=$!
-    for _ in $(seq 1 $((seconds * 10))); do
-        log | grep -q -- "$wait_for" && break
-        sleep 0.1
-    done
+    pid= wait_for "$seconds" logged "$wanted" || true
     sleep 1
     if pgrep -g "$pid" -f "$narv" >/dev/null; then
         alive=1
@@ -45,10 +40,10 @@ check() {
     shift
     local problems=()
     [[ $alive -eq 1 ]] || problems+=("narv did not keep running")
-    log | grep -q "ticktack timer start" || problems+=("no countdown")
+    logged "ticktack timer start" || problems+=("no countdown")
     for line in "$@"; do
         local n
-        n=$(log | grep -c -- "$line" || true)
+        n=$(count "$line")
         [[ $n -eq 1 ]] || problems+=("\"$line\" logged $n times, not once")
     done
     # Nothing it lacks is reported twice.

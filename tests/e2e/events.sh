@@ -14,37 +14,14 @@ here=$(cd "$(dirname "$0")" && pwd)
 source "$here/common.sh"
 narv_on_xvfb_and_bus "$0" "$@"
 
-narv_scratch_home
-pid=
-trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; rm -rf "$home"' EXIT
 # The defaults: stop after five idle minutes, stop on lock, restart on unlock.
-cat >"$home/config/narv/narv.conf" <<'CONF'
+unset XDG_SESSION_TYPE XDG_SESSION_ID
+narv_start <<'CONF'
 [General]
 pref.work.time=25
 CONF
-export LC_ALL=C.UTF-8
-unset XDG_SESSION_TYPE XDG_SESSION_ID
-"$narv" >"$home/stdout" 2>&1 &
-pid=$!
-
-passed=0
-log() { cat "$home"/cache/narv/Logs/app.narv.Narv.*.log 2>/dev/null || true; }
-fail() {
-    echo "FAIL: $*"
-    echo "--- log"; log | tail -40
-    exit 1
-}
-ok() { passed=$((passed + 1)); echo "ok: $*"; }
-count() { log | grep -c -- "$1" || true; }
 # Waits up to $1 seconds for the count of log lines matching $2 to exceed $3.
-wait_count() {
-    for _ in $(seq 1 $(($1 * 10))); do
-        [[ $(count "$2") -gt $3 ]] && return 0
-        kill -0 "$pid" 2>/dev/null || fail "narv is gone"
-        sleep 0.1
-    done
-    return 1
-}
+wait_count() { wait_for "$1" logged "$2" $(($3 + 1)); }
 screensaver() {
     dbus-send --session --type=signal /org/gnome/ScreenSaver org.gnome.ScreenSaver.ActiveChanged \
         "boolean:$1"
@@ -102,9 +79,5 @@ does_not_count "a middle click" click 2
 does_not_count "a drag with the middle button" mousedown 2 mousemove_relative 9 9 mouseup 2
 counts "motion after the middle button is let go" mousemove_relative -- -9 -9
 
-kill -TERM "$pid"
-wait "$pid" && status=0 || status=$?
-pid=
-[[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
-! log | grep -E " (error|critical) " || fail "errors in the log"
+narv_stop
 echo "e2e events: $passed passed, 0 failed"

@@ -19,18 +19,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 source "$here/common.sh"
 narv_on_xvfb_and_bus "$0" "$@"
 
-narv_scratch_home
-pid=
 watcher=
-trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; [[ -n $watcher ]] && kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
-# A two-minute period: the first break comes when the test makes it come.
-cat >"$home/config/narv/narv.conf" <<'CONF'
-[General]
-pref.work.time=2
-pref.break.time=2
-auto_check_update=false
-CONF
-export LC_ALL=C.UTF-8
 unset XDG_SESSION_TYPE
 # Nothing here goes out to the network: a proxy that is not there.
 export http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 no_proxy=
@@ -45,31 +34,17 @@ start_watcher() {
     echo "FAIL: the watcher did not come up"
     exit 1
 }
+narv_scratch_home
 start_watcher
-"$narv" >"$home/stdout" 2>&1 &
-pid=$!
+# A two-minute period: the first break comes when the test makes it come.
+narv_start <<'CONF'
+[General]
+pref.work.time=2
+pref.break.time=2
+auto_check_update=false
+CONF
 
-passed=0
-log() { cat "$home"/cache/narv/Logs/app.narv.Narv.*.log 2>/dev/null || true; }
-fail() {
-    echo "FAIL: $*"
-    echo "--- log"; log | tail -30
-    exit 1
-}
-ok() { passed=$((passed + 1)); echo "ok: $*"; }
-wait_for() { # seconds, command...
-    local seconds=$1
-    shift
-    for _ in $(seq 1 $((seconds * 10))); do
-        "$@" && return 0
-        kill -0 "$pid" 2>/dev/null || fail "narv is gone"
-        sleep 0.1
-    done
-    return 1
-}
-logged() { log | grep -q -- "$1"; }
-mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
-shown() { [[ -n $(xdotool search --onlyvisible --name "^$1( |\$)" 2>/dev/null) ]]; }
+shown() { [[ -n $(windows_named "$1" --onlyvisible) ]]; }
 
 wait_for 20 logged " : sandbox home path: " || fail "narv did not start"
 sleep 1
@@ -81,7 +56,6 @@ ok "counting: no Qt Quick, QML, QtWidgets, QtNetwork, module of its own or font 
 
 # A bus connection of the status item's own: the item's name and the
 # program's own name have different owners.
-item=org.kde.StatusNotifierItem-$pid-1
 owner_of() {
     dbus-send --session --print-reply --dest=org.freedesktop.DBus / \
         org.freedesktop.DBus.GetNameOwner "string:$1" 2>/dev/null | awk -F'"' '/string/ { print $2 }'
@@ -92,22 +66,10 @@ ok "the status item has a connection of its own"
 
 # The next period is none: a break a second after the current one is stopped
 # and started again from the menu's start/stop item.
-sed -i "s/^pref.work.time=.*/pref.work.time=0/" "$home/config/narv/narv.conf"
-menu_click() { # the item with this x-narv-tag
-    local id
-    for id in $(seq 1 20); do
-        if dbus-send --session --print-reply --dest="$item" /MenuBar com.canonical.dbusmenu.GetProperty \
-            "int32:$id" string:x-narv-tag 2>/dev/null | grep -q "int32 $1\$"; then
-            dbus-send --session --type=method_call --dest="$item" /MenuBar com.canonical.dbusmenu.Event \
-                "int32:$id" string:clicked variant:int32:0 uint32:0
-            return 0
-        fi
-    done
-    return 1
-}
-menu_click 2 || fail "no start/stop item in the menu"
+setting pref.work.time 0
+menu_click x-narv-tag "int32 2$" || fail "no start/stop item in the menu"
 wait_for 5 logged " : ticktack timer stoped" || fail "the menu did not stop the work"
-menu_click 2
+menu_click x-narv-tag "int32 2$"
 wait_for 10 shown left || fail "no break window on the left monitor"
 wait_for 5 shown right || fail "no break window on the right monitor"
 logged " : windows loaded from .*narv_views.so$" || fail "the windows did not come from the views module"
@@ -119,19 +81,7 @@ ok "the first break loads the views module, and its windows are on both monitors
 # The update check from the menu: the module comes, the feed is asked for, and
 # whatever the outcome (this machine may have no network; a proxy that is not
 # there makes the failure quick) the window, from a module of its own, tells it.
-menu_click_label() {
-    local id
-    for id in $(seq 1 20); do
-        if dbus-send --session --print-reply --dest="$item" /MenuBar com.canonical.dbusmenu.GetProperty \
-            "int32:$id" string:label 2>/dev/null | grep -qF "\"$1\""; then
-            dbus-send --session --type=method_call --dest="$item" /MenuBar com.canonical.dbusmenu.Event \
-                "int32:$id" string:clicked variant:int32:0 uint32:0
-            return 0
-        fi
-    done
-    return 1
-}
-menu_click_label "Check for Updates..." || fail "no update item in the menu"
+menu_click label '"Check for Updates..."' || fail "no update item in the menu"
 wait_for 10 logged " : checking for updates at " || fail "the menu did not start an update check"
 logged " : update check loaded from .*narv_update.so$" || fail "the check did not come from the update module"
 mapped libQt6Network || fail "QtNetwork is not in the process during the check"
@@ -154,10 +104,6 @@ wait_for 10 registered_again || fail "the item did not register with the new wat
 ! mapped libQt6Widgets || fail "QtWidgets came into the process"
 ok "a panel that goes and comes back: said once, registered again, still no QtWidgets"
 
-kill -TERM "$pid"
-wait "$pid" && status=0 || status=$?
-pid=
-[[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
-! log | grep -E " (error|critical) " || fail "errors in the log"
+narv_stop
 [[ $(log | grep -c "no StatusNotifierWatcher") -eq 1 ]] || fail "the watcher's going is said more than once"
 echo "e2e footprint: $passed passed, 0 failed"

@@ -12,37 +12,16 @@ here=$(cd "$(dirname "$0")" && pwd)
 source "$here/common.sh"
 narv_on_xvfb_and_bus "$0" "$@"
 
-narv_scratch_home
-pid=
-trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; rm -rf "$home"' EXIT
-cat >"$home/config/narv/narv.conf" <<'CONF'
+narv_start <<'CONF'
 [General]
 auto_check_update=false
 CONF
-export LC_ALL=C.UTF-8
-"$narv" >"$home/stdout" 2>&1 &
-pid=$!
-
-fail() {
-    echo "FAIL: $*"
-    cat "$home/stdout"
-    exit 1
-}
-ok() { echo "ok: $*"; }
-wait_for() { # seconds, then a command
-    local tries=$(($1 * 10))
-    shift
-    for _ in $(seq "$tries"); do
-        "$@" && return 0
-        sleep 0.1
-    done
-    return 1
-}
-settings_windows() { xdotool search --onlyvisible --name '^Settings$' 2>/dev/null || true; }
+fail_context() { echo "--- stdout"; cat "$home/stdout"; }
+settings_windows() { windows_named Settings --onlyvisible; }
 one_window() { [[ $(settings_windows | wc -l) -eq 1 ]]; }
 no_window() { [[ -z $(settings_windows) ]]; }
 
-wait_for 10 grep -q "sandbox home path" "$home/stdout" || fail "narv did not start"
+wait_for 10 logged "sandbox home path" || fail "narv did not start"
 no_window || fail "a settings window before anyone asked for one"
 
 timeout 10 "$narv" >/dev/null 2>&1 || fail "the second start failed"
@@ -59,8 +38,7 @@ ok "a second start opens \"Settings\", ${WIDTH}x${HEIGHT}"
 wait_for 5 bash -c "[[ \$(xdotool getwindowfocus 2>/dev/null) == $window ]]" ||
     fail "the window does not have the keyboard"
 xdotool key --delay 100 Tab Tab Tab Tab Tab space
-wait_for 5 grep -q "launch_at_login=true" "$home/config/narv/narv.conf"
-grep -q "launch_at_login=true" "$home/config/narv/narv.conf" || fail "launch_at_login was not stored"
+wait_for 5 grep -q "launch_at_login=true" "$home/config/narv/narv.conf" || fail "launch_at_login was not stored"
 [[ -f $home/config/autostart/app.narv.Narv.desktop ]] || fail "no autostart entry"
 ok "Tab and Space switch \"Launch at login\" on: stored, and the autostart entry written"
 
@@ -71,10 +49,8 @@ ok "Ctrl+W closes the window"
 timeout 10 "$narv" >/dev/null 2>&1 || fail "the third start failed"
 wait_for 10 one_window || fail "the window did not come back"
 # (Closing lets go of the X window; the window object and its state stay.)
-[[ $(grep -c "create preferences window" "$home/stdout") -eq 1 ]] || fail "the window was made twice"
+[[ $(count "create preferences window") -eq 1 ]] || fail "the window was made twice"
 ok "the next start shows the same window again"
 
-kill -TERM "$pid"
-wait "$pid" || fail "narv did not end cleanly"
-pid=
-echo "preferences window: 4 passed, 0 failed"
+narv_stop
+echo "preferences window: $passed passed, 0 failed"

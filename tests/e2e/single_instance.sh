@@ -5,23 +5,18 @@
 # after a first Narv that was killed and left its lock and socket behind.
 set -euo pipefail
 narv=$1
+source "$(dirname "$0")/common.sh"
 export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen}
-fail() { echo "FAIL: $*"; [[ -n ${home:-} ]] && cat "$home"/cache/narv/Logs/*.log; exit 1; }
 
 run_case() {
     local name=$1 expect=${2:-} crashed=${3:-}
-    home=$(mktemp -d)
-    export HOME=$home XDG_CONFIG_HOME=$home/config XDG_CACHE_HOME=$home/cache XDG_RUNTIME_DIR=$home/run
-    mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
-    log() { cat "$home"/cache/narv/Logs/*.log 2>/dev/null || true; }
+    narv_scratch_home
+    pid=
 
     if [[ -n $crashed ]]; then
         "$narv" >/dev/null 2>&1 &
         local dead=$!
-        for _ in $(seq 1 100); do
-            log | grep -q "sandbox home path" && break
-            sleep 0.1
-        done
+        wait_for 10 logged "sandbox home path" || true
         kill -KILL "$dead"
         wait "$dead" 2>/dev/null || true
         [[ -n $(find "$XDG_RUNTIME_DIR" -name "*.socket") ]] || fail "$name: the killed Narv left no socket"
@@ -30,24 +25,16 @@ run_case() {
 
     "$narv" >/dev/null 2>&1 &
     local first=$!
-    for _ in $(seq 1 100); do
-        log | grep -q "sandbox home path" && break
-        sleep 0.1
-    done
-    log | grep -q "sandbox home path" || fail "$name: first start did not come up"
+    wait_for 10 logged "sandbox home path" || fail "$name: first start did not come up"
 
     local status=0
     timeout 10 "$narv" >/dev/null 2>&1 || status=$?
     [[ $status -eq 0 ]] || fail "$name: second start exited with $status"
     kill -0 "$first" 2>/dev/null || fail "$name: the first process died"
-    for _ in $(seq 1 50); do
-        log | grep -q "another start of Narv: showing the settings" && break
-        sleep 0.1
-    done
-    log | grep -q "another start of Narv: showing the settings" || fail "$name: first process was not asked"
-    log | grep -q "Narv is already running; asked it to show its settings" || fail "$name: second start did not say so"
-    [[ $(log | grep -c "ticktack timer start") -eq 1 ]] || fail "$name: two countdowns ran"
-    [[ -z $expect ]] || log | grep -q "$expect" || fail "$name: expected \"$expect\" in the log"
+    wait_for 5 logged "another start of Narv: showing the settings" || fail "$name: first process was not asked"
+    logged "Narv is already running; asked it to show its settings" || fail "$name: second start did not say so"
+    [[ $(count "ticktack timer start") -eq 1 ]] || fail "$name: two countdowns ran"
+    [[ -z $expect ]] || logged "$expect" || fail "$name: expected \"$expect\" in the log"
 
     kill -TERM "$first"
     wait "$first" || fail "$name: first process did not end cleanly"

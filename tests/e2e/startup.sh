@@ -4,9 +4,9 @@
 # work countdown, and the break that follows with its length.
 set -euo pipefail
 narv=$1
-home=$(mktemp -d)
+source "$(dirname "$0")/common.sh"
+narv_scratch_home
 trap 'kill "$pid" 2>/dev/null || true; rm -rf "$home"' EXIT
-mkdir -p "$home/config/narv"
 cat > "$home/config/narv/narv.conf" <<'CONF'
 [General]
 pref.work.time=0
@@ -14,23 +14,15 @@ pref.break.time=2
 pref.short.break.times=2
 pref.long.break.time=0
 CONF
-export HOME=$home XDG_CONFIG_HOME=$home/config XDG_CACHE_HOME=$home/cache XDG_RUNTIME_DIR=$home/run
-mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen}
 "$narv" >"$home/stdout" 2>&1 &
 pid=$!
 
-log() { cat "$home"/cache/narv/Logs/app.narv.Narv.*.log 2>/dev/null || true; }
-for _ in $(seq 1 100); do
-    if log | grep -q "ticktack timer start 0$" && [[ $(log | grep -c "ticktack timer start") -ge 2 ]]; then
-        break
-    fi
-    sleep 0.1
-done
+wait_for 10 logged "ticktack timer start" 2 || true
 kill -TERM "$pid"
 wait "$pid" && status=0 || status=$?
 
-fail() { echo "FAIL: $*"; echo "--- log"; log; echo "--- stdout"; cat "$home/stdout"; exit 1; }
+fail_context() { echo "--- stdout"; cat "$home/stdout"; }
 [[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
 [[ $(ls "$home"/cache/narv/Logs/ | wc -l) -eq 1 ]] || fail "expected one log file"
 ls "$home"/cache/narv/Logs/ | grep -Eq '^app\.narv\.Narv\.[0-9]{8}\.log$' || fail "log file name"

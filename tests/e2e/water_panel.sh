@@ -16,13 +16,10 @@ here=$(cd "$(dirname "$0")" && pwd)
 source "$here/common.sh"
 narv_on_xvfb_and_bus "$0" "$@"
 
-narv_scratch_home
-pid=
-trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; rm -rf "$home"' EXIT
 # Working hours all day today, 600 ml drunk already (today, so that the
 # launch does not start a new day), 250 ml chosen last time. Nothing is to
 # leave the machine: no update check.
-cat >"$home/config/narv/narv.conf" <<CONF
+narv_start <<CONF
 [General]
 auto_check_update=false
 pref.water.enable=true
@@ -32,51 +29,17 @@ pref.water.finished=600
 pref.water.lastSelectedAmount=250
 pref.water.lastShowDate=$(date +%s)
 CONF
-export LC_ALL=C.UTF-8
-"$narv" >"$home/stdout" 2>&1 &
-pid=$!
-
-passed=0
-log() { cat "$home"/cache/narv/Logs/app.narv.Narv.*.log 2>/dev/null || true; }
-fail() {
-    echo "FAIL: $*"
+fail_context() {
     echo "--- windows"; xwininfo -root -tree | grep '"Water' || true
     echo "--- settings"; cat "$home/config/narv/narv.conf"
-    echo "--- log"; log | tail -40
-    exit 1
 }
-ok() { passed=$((passed + 1)); echo "ok: $*"; }
-# Waits up to $1 seconds for the command after it to succeed.
-wait_for() {
-    local seconds=$1
-    shift
-    for _ in $(seq 1 $((seconds * 10))); do
-        "$@" && return 0
-        kill -0 "$pid" 2>/dev/null || fail "narv is gone"
-        sleep 0.1
-    done
-    return 1
-}
-
-service=org.kde.StatusNotifierItem-$pid-1
-menu() {
-    dbus-send --session --print-reply --dest="$service" /MenuBar "com.canonical.dbusmenu.$@"
-}
-# The id and the label of the water item, from the menu's layout: every item
-# is an "int32 ID" followed by its properties.
-water_item() {
-    menu GetLayout int32:0 int32:-1 array:string: 2>/dev/null |
-        awk '/^ *int32 [0-9]+$/ { id = $2 }
-             /string "Water \(/ { sub(/^[^"]*"/, ""); sub(/"$/, ""); print id " " $0 }'
-}
-click_water_item() {
+water_label() {
     local id
-    read -r id _ < <(water_item)
-    menu Event "int32:$id" string:clicked variant:int32:0 uint32:0 >/dev/null
+    id=$(menu_find label '"Water (') && menu_label "$id"
 }
-label_is() { [[ $(water_item | cut -d' ' -f2-) == "$1" ]]; }
-# The window manager's title is "Water Reminder — Narv": Qt adds the program's name.
-panels() { xdotool search ${1:-} --name '^Water Reminder( |$)' 2>/dev/null | sort || true; }
+label_is() { [[ $(water_label) == "$1" ]]; }
+click_water_item() { menu_click label '"Water (' || fail "no water item in the menu"; }
+panels() { windows_named "Water Reminder" "${1:-}"; }
 shown() { [[ $(panels --onlyvisible | wc -l) -eq 1 ]]; }
 gone() { [[ -z $(panels --onlyvisible) ]]; }
 stored() { grep -qx "$1" "$home/config/narv/narv.conf"; }
@@ -86,7 +49,7 @@ shot() { xwd -root -silent >"$home/shot.xwd"; }
 done_button() { python3 "$here/xshot.py" blue "$home/shot.xwd" 1000 260 280 70 | head -1 | grep .; }
 
 # --- the water item is in the menu, the panel is not on the screen
-wait_for 20 label_is "Water (40% )" || fail "no water item reading \"Water (40% )\": $(water_item)"
+wait_for 20 label_is "Water (40% )" || fail "no water item reading \"Water (40% )\": $(water_label)"
 gone || fail "the panel is there before it was asked for"
 ok "the menu has the water item with today's tally"
 
@@ -95,21 +58,9 @@ click_water_item
 wait_for 10 shown || fail "the water item did not open the panel"
 panel=$(panels)
 [[ $(wc -w <<<"$panel") -eq 1 ]] || fail "expected one water panel, got $panel"
-info=$(xwininfo -id "$panel")
-grep -q "Absolute upper-left X:  1000$" <<<"$info" || fail "x is not 1280 - 280: $info"
-grep -q "Absolute upper-left Y:  0$" <<<"$info" || fail "y is not 0: $info"
-grep -q "Width: 280$" <<<"$info" || fail "width is not 280: $info"
-grep -q "Height: 330$" <<<"$info" || fail "height is not 330: $info"
-ok "the panel opens at the top-right corner of the primary monitor, 280x330"
-
-state=$(xprop -id "$panel" _NET_WM_STATE _NET_WM_DESKTOP _MOTIF_WM_HINTS)
-for atom in ABOVE STICKY; do
-    grep -q "_NET_WM_STATE_$atom" <<<"$state" || fail "no _NET_WM_STATE_$atom in $state"
-done
-grep -q "_NET_WM_DESKTOP(CARDINAL) = 4294967295" <<<"$state" || fail "not on every desktop: $state"
-grep -Eq "_MOTIF_WM_HINTS\(_MOTIF_WM_HINTS\) = 0x2, 0x[0-9a-f]+, 0x0" <<<"$state" ||
-    fail "has a border: $state"
-ok "above other windows, on every desktop, borderless"
+check_geometry "$panel" 1000 0 280 330
+check_hints "$panel" ABOVE STICKY
+ok "one panel at the top-right corner of the primary monitor, 280x330, above, on every desktop, borderless"
 
 drawn() { shot && done_button >/dev/null; }
 wait_for 10 drawn || fail "no \"Done\" on the panel"
@@ -124,7 +75,7 @@ fi
 read -r _ x y _ _ < <(done_button)
 xdotool mousemove "$x" "$y" click 1
 wait_for 5 stored "pref.water.finished=850" || fail "Done did not add 250 ml"
-wait_for 5 label_is "Water (56% )" || fail "the menu's item did not follow: $(water_item)"
+wait_for 5 label_is "Water (56% )" || fail "the menu's item did not follow: $(water_label)"
 ok "Done adds the chosen amount to the settings and to the menu"
 wait_for 10 gone || fail "the panel stayed after Done"
 ok "the panel goes after Done"
@@ -135,21 +86,16 @@ wait_for 10 shown || fail "the water item did not open the panel again"
 [[ $(panels) == "$panel" ]] || fail "a new window was made: $(panels)"
 click_water_item
 wait_for 10 gone || fail "the water item did not close the panel"
-[[ $(log | grep -c "create water window$") -eq 1 ]] || fail "the water window was made more than once"
+[[ $(count "create water window$") -eq 1 ]] || fail "the water window was made more than once"
 ok "the water item toggles the one panel"
 
 # --- what the closed panel leaves in the process: not its backing store (the
 # window's pixels, shared with the X server), and not Qt Quick Controls, whose
 # library would have come with a stock button
-shmem_kib() { awk '/^RssShmem:/ { print $2 }' "/proc/$pid/status"; }
 small_shmem() { [[ $(shmem_kib) -lt 100 ]]; }
 wait_for 5 small_shmem || fail "the hidden panel keeps $(shmem_kib) KiB of shared memory"
-! grep -q libQt6QuickTemplates2 "/proc/$pid/maps" || fail "Qt Quick Controls are loaded"
+! mapped libQt6QuickTemplates2 || fail "Qt Quick Controls are loaded"
 ok "the hidden panel gives its pixels back, and no Qt Quick Controls were loaded"
 
-kill -TERM "$pid"
-wait "$pid" && status=0 || status=$?
-pid=
-[[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
-! log | grep -E " (error|critical) " || fail "errors in the log"
+narv_stop
 echo "e2e water panel: $passed passed, 0 failed"
