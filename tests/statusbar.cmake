@@ -14,11 +14,9 @@ endfunction()
 narv_add_core_test(tst_menu statusbar/tst_menu.cpp)
 
 # The item and its menu read the way a panel reads them, with a small
-# StatusNotifierWatcher of the test's own; the real binary registers, pauses
-# and quits the same way.
+# StatusNotifierWatcher of the test's own.
 narv_add_bus_test(tst_tray statusbar/tst_tray.cpp statusbar/FakeStatusNotifierWatcher.h)
 target_link_libraries(tst_tray PRIVATE narv_trayfallback)
-set_property(TEST tst_tray APPEND PROPERTY ENVIRONMENT "NARV_BINARY=$<TARGET_FILE:narv>")
 
 # xdg-email (a stand-in on PATH), the Email portal (a stand-in on the bus) and
 # mailto: links.

@@ -114,14 +114,24 @@ menu_click() {
     id=$(menu_find "$1" "$2") || return 1
     menu_call Event "int32:$id" string:clicked variant:int32:0 uint32:0 >/dev/null
 }
+item_property() {
+    dbus-send --session --print-reply --dest="$item" /StatusNotifierItem org.freedesktop.DBus.Properties.Get \
+        string:org.kde.StatusNotifierItem "string:$1" 2>/dev/null | awk -F'"' '/string/ { print $2 }'
+}
 menu_label() { menu_call GetProperty "int32:$1" string:label | awk -F'"' '/string/ { print $2 }'; }
 
-# Ends narv with SIGTERM: it must exit 0 and have logged no error.
+# Ends narv with SIGTERM, or with "menu" through the menu's Quit: it must
+# exit 0 and have logged no error.
 narv_stop() {
-    kill -TERM "$pid"
+    if [[ ${1:-} == menu ]]; then
+        menu_click label '"Quit"' || fail "no Quit in the menu"
+    else
+        kill -TERM "$pid"
+    fi
     local status=0
     wait "$pid" || status=$?
     pid=
-    [[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
+    [[ $status -eq 0 ]] || fail "narv exited with $status after ${1:-SIGTERM}"
+    [[ ${1:-} != menu ]] || logged " : quit from the menu$" || fail "the quit is not in the log"
     ! log | grep -E " (error|critical) " || fail "errors in the log"
 }

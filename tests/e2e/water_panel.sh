@@ -5,7 +5,8 @@
 # corner of the primary monitor, above other windows, on every desktop and
 # borderless; "Done", clicked with xdotool, adds the chosen amount to the
 # settings file and to the menu's item and closes the panel; the item toggles
-# the same window in and out; hidden, the panel keeps no backing store.
+# the same window in and out; hidden, the panel keeps no backing store. The
+# menu's "Quit" ends the program.
 #
 #   tests/e2e/water_panel.sh path/to/narv
 #   NARV_SCREENSHOT=out.png tests/e2e/water_panel.sh path/to/narv   also keeps
@@ -51,7 +52,9 @@ done_button() { python3 "$here/xshot.py" blue "$home/shot.xwd" 1000 260 280 70 |
 # --- the water item is in the menu, the panel is not on the screen
 wait_for 20 label_is "Water (40% )" || fail "no water item reading \"Water (40% )\": $(water_label)"
 gone || fail "the panel is there before it was asked for"
-ok "the menu has the water item with today's tally"
+counting() { [[ $(item_property XAyatanaLabel) =~ ^24:5[0-9]$ ]]; }
+wait_for 15 counting || fail "the item's label does not count down from 25:00: $(item_property XAyatanaLabel)"
+ok "the menu has the water item with today's tally, the item's label counts down"
 
 # --- the item opens the panel
 click_water_item
@@ -97,5 +100,5 @@ wait_for 5 small_shmem || fail "the hidden panel keeps $(shmem_kib) KiB of share
 ! mapped libQt6QuickTemplates2 || fail "Qt Quick Controls are loaded"
 ok "the hidden panel gives its pixels back, and no Qt Quick Controls were loaded"
 
-narv_stop
+narv_stop menu
 echo "e2e water panel: $passed passed, 0 failed"

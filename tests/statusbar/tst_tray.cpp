@@ -30,7 +30,6 @@
 #include <QDBusVariant>
 #include <QFile>
 #include <QMenu>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -152,17 +151,13 @@ private Q_SLOTS:
     void clickingStartStopPauses();
     void waterItemComesAndGoes();
     void classicTrayIconMenu();
-    void realBinaryRegistersPausesAndQuits();
 
 private:
     QDBusMessage call(const QString &service, const QString &path, const QString &interface,
                       const QString &method, const QVariantList &args = {});
     QVariant property(const QString &name);
-    QVariantList layout(uint *revision = nullptr, const QString &service = {});
-    QVariantList children(const QString &service = {})
-    {
-        return layout(nullptr, service).value(2).toList();
-    }
+    QVariantList layout(uint *revision = nullptr);
+    QVariantList children() { return layout().value(2).toList(); }
     bool listen(const QString &service, const QString &path, const QString &interface,
                 const QString &member, SignalLog *log);
     int indexOfLabel(const QVariantList &items, const QString &prefix);
@@ -197,11 +192,10 @@ QVariant TestTray::property(const QString &name)
                                                       : QVariant();
 }
 
-QVariantList TestTray::layout(uint *revision, const QString &service)
+QVariantList TestTray::layout(uint *revision)
 {
-    const QDBusMessage reply =
-        call(service.isEmpty() ? m_service : service, QStringLiteral("/MenuBar"), menuInterface,
-             QStringLiteral("GetLayout"), {0, -1, QStringList()});
+    const QDBusMessage reply = call(m_service, QStringLiteral("/MenuBar"), menuInterface,
+                                    QStringLiteral("GetLayout"), {0, -1, QStringList()});
     if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != u"u(ia{sv}av)") {
         qWarning() << "GetLayout:" << reply.signature() << reply.errorMessage();
         return {};
@@ -533,76 +527,6 @@ void TestTray::classicTrayIconMenu()
     fallback.updateItem(StatusBarController::itemWithTag(Tag::pause)->id);
     QCOMPARE(fallback.menu()->actions().at(2)->text(), QStringLiteral("- Work -"));
     AppState::setManualPause(false);
-}
-
-void TestTray::realBinaryRegistersPausesAndQuits()
-{
-    const QString binary = qEnvironmentVariable("NARV_BINARY");
-    if (binary.isEmpty())
-        QSKIP("NARV_BINARY is not set (ctest sets it)");
-    QTemporaryDir home;
-    QDir().mkpath(home.path() + QStringLiteral("/config/narv"));
-    QFile settings(home.path() + QStringLiteral("/config/narv/narv.conf"));
-    QVERIFY(settings.open(QIODevice::WriteOnly));
-    settings.write("[General]\nauto_check_update=false\n");
-    settings.close();
-
-    QProcess narv;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), home.path());
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.path() + QStringLiteral("/config"));
-    env.insert(QStringLiteral("XDG_CACHE_HOME"), home.path() + QStringLiteral("/cache"));
-    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    narv.setProcessEnvironment(env);
-    narv.setProcessChannelMode(QProcess::MergedChannels);
-    const int registered = int(m_watcher->registrations().size());
-    narv.start(binary, {});
-    QVERIFY(narv.waitForStarted());
-
-    // The watcher is there before it: it registers at start.
-    const QString service = QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(narv.processId());
-    QTRY_COMPARE_WITH_TIMEOUT(m_watcher->registrations().size(), registered + 1, 15000);
-    QCOMPARE(m_watcher->registrations().last(), service + QStringLiteral("/StatusNotifierItem"));
-
-    const auto label = [&] {
-        const QDBusMessage reply =
-            call(service, QStringLiteral("/StatusNotifierItem"),
-                 QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
-                 {sniInterface, QStringLiteral("XAyatanaLabel")});
-        return plain(reply.arguments().value(0)).toString();
-    };
-    // Real seconds pass: the label counts down from 25:00.
-    const QRegularExpression counting(QStringLiteral("^24:5[0-9]$"));
-    QTRY_VERIFY_WITH_TIMEOUT(counting.match(label()).hasMatch(), 15000);
-
-    SignalLog narvSignals;
-    QVERIFY(listen(service, QStringLiteral("/MenuBar"), menuInterface,
-                   QStringLiteral("ItemsPropertiesUpdated"), &narvSignals));
-    const QVariantList items = children(service);
-    QCOMPARE(items.size(), 9);
-    const auto idOf = [&](const QString &prefix) {
-        return items.value(indexOfLabel(items, prefix)).toList().value(0).toInt();
-    };
-    call(service, QStringLiteral("/MenuBar"), menuInterface, QStringLiteral("Event"),
-         {idOf(QStringLiteral("- Stop -")), QStringLiteral("clicked"),
-          QVariant::fromValue(QDBusVariant(0)), 0u});
-    QTRY_VERIFY_WITH_TIMEOUT(
-        !narvSignals.argumentsOf(QStringLiteral("ItemsPropertiesUpdated")).isEmpty(), 10000);
-    const QVariantList changed =
-        narvSignals.argumentsOf(QStringLiteral("ItemsPropertiesUpdated")).first().value(0).toList();
-    QCOMPARE(propsOf(changed.value(0)).value(QStringLiteral("label")).toString(),
-             QStringLiteral("- Work -"));
-
-    call(service, QStringLiteral("/MenuBar"), menuInterface, QStringLiteral("Event"),
-         {idOf(QStringLiteral("Quit")), QStringLiteral("clicked"),
-          QVariant::fromValue(QDBusVariant(0)), 0u});
-    // The quit may already have been seen while the event loop ran for the call.
-    QTRY_COMPARE_WITH_TIMEOUT(narv.state(), QProcess::NotRunning, 15000);
-    QCOMPARE(narv.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(narv.exitCode(), 0);
-    QVERIFY2(narv.readAll().contains(" info app.narv.Narv : quit from the menu"),
-             "the quit reaches the log");
 }
 
 int main(int argc, char **argv)
