@@ -2,6 +2,7 @@
 // backslash-n, "Skip" present or absent, the countdown ending the break in
 // every view, and the water reminder's promotion.
 
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
@@ -15,7 +16,6 @@
 #include "windows/QmlWindowBackend.h"
 #include "windows/WindowController.h"
 
-#include <QFile>
 #include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -48,27 +48,6 @@ private:
     WindowCalls &m_calls;
 };
 
-// Lines of today's log written since the last call.
-class LogReader {
-public:
-    QStringList newMessages()
-    {
-        QFile file(Logger::logfilePath());
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        file.seek(m_offset);
-        const QByteArray bytes = file.readAll();
-        m_offset += bytes.size();
-        QStringList messages;
-        for (const QString &line : QString::fromUtf8(bytes).split(u'\n', Qt::SkipEmptyParts))
-            messages << line.section(QStringLiteral(" : "), 1);
-        return messages;
-    }
-
-private:
-    qint64 m_offset = 0;
-};
-
 } // namespace
 
 class TestBreakView : public QObject {
@@ -98,7 +77,7 @@ private:
     std::optional<ScratchHome> m_home;
     ManualTickSource m_ticks;
     WindowCalls m_calls;
-    LogReader m_log;
+    LogTail m_log;
     std::unique_ptr<QQmlEngine> m_engine;
     std::vector<std::unique_ptr<QQuickView>> m_views;
 };

@@ -3,6 +3,7 @@
 // buttons, on the real water settings in a scratch home and a clock the test
 // sets.
 
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
@@ -13,7 +14,6 @@
 #include "settings/PreferencesStore.h"
 #include "windows/WindowController.h"
 
-#include <QFile>
 #include <QQmlEngine>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
@@ -68,7 +68,7 @@ public:
         m_now = QDateTime(QDate(2026, 11, 23), QTime(10, 0));
         m_closed = 0;
         Q_EMIT closedChanged();
-        m_logOffset = QFile(Logger::logfilePath()).size();
+        m_log.newMessages();
     }
 
     Q_INVOKABLE void setTime(int h, int m, int s)
@@ -89,18 +89,7 @@ public:
     }
 
     // The messages logged since reset().
-    Q_INVOKABLE QStringList logMessages() const
-    {
-        QFile file(Logger::logfilePath());
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        file.seek(m_logOffset);
-        QStringList messages;
-        for (const QString &line :
-             QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts))
-            messages << line.section(QStringLiteral(" : "), 1);
-        return messages;
-    }
+    Q_INVOKABLE QStringList logMessages() { return m_log.newMessages(); }
 
 Q_SIGNALS:
     void closedChanged();
@@ -109,7 +98,7 @@ private:
     std::optional<TestSupport::ScratchHome> m_home;
     QDateTime m_now;
     int m_closed = 0;
-    qint64 m_logOffset = 0;
+    LogTail m_log;
 };
 
 class Setup : public QObject {
