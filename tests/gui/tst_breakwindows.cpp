@@ -1,9 +1,8 @@
-// The Qt Quick window backend on the offscreen platform: the engine made on
-// first need, one window per screen found again by title, the fades, closing
-// twice, a break that starts while the last one fades out, the backing stores
-// given back between breaks, and About.
-// Runs on a private X server with two monitors, "left" and "right"
-// (tests/run-on-xvfb); the program as a whole is tests/e2e/break_windows.sh.
+// The Qt Quick window backend: the engine made on first need, one window per
+// screen found again by title, the fades, closing twice, a break that starts while the last one
+// fades out, the backing stores given back between breaks, and About. Runs on a private X server
+// with two monitors, "left" and "right" (tests/run-on-xvfb); the program as a whole is
+// tests/e2e/break_windows.sh.
 
 #include "TestSupport.h"
 #include "gui/ProcessMemory.h"
@@ -38,9 +37,7 @@ private Q_SLOTS:
     void cleanup();
 
     void engineIsMadeOnFirstNeed();
-    void windowsAreReusedAcrossBreaks();
     void fadesInAndOut();
-    void closingTwiceIsHarmless();
     void aBreakDuringTheFadeOutStaysShown();
     void closingWithoutABreakShowsNothing();
     void screensComingAndGoing();
@@ -102,17 +99,6 @@ void TestBreakWindows::engineIsMadeOnFirstNeed()
     QCOMPARE(titles, screenNames());
 }
 
-void TestBreakWindows::windowsAreReusedAcrossBreaks()
-{
-    m_backend->showBreak();
-    const QList<QQuickView *> first = m_backend->breakWindows();
-    m_backend->closeBreak();
-    QTRY_VERIFY_WITH_TIMEOUT(!first.first()->isVisible(), kFadeWait);
-    m_backend->showBreak();
-    QCOMPARE(m_backend->breakWindows(), first);
-    QVERIFY(first.first()->isVisible());
-}
-
 void TestBreakWindows::fadesInAndOut()
 {
     m_backend->showBreak();
@@ -121,23 +107,15 @@ void TestBreakWindows::fadesInAndOut()
     QTRY_COMPARE_WITH_TIMEOUT(window->opacity(), 1.0, kFadeWait);
     m_backend->closeBreak();
     QVERIFY(window->isVisible()); // fading, not gone
-    QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), kFadeWait);
-    QCOMPARE(window->opacity(), 0.0);
-}
-
-void TestBreakWindows::closingTwiceIsHarmless()
-{
-    m_backend->showBreak();
-    QQuickView *window = m_backend->breakWindows().first();
-    QTRY_COMPARE_WITH_TIMEOUT(window->opacity(), 1.0, kFadeWait);
-    m_backend->closeBreak();
     QTest::qWait(QmlWindowBackend::fadeMilliseconds / 2);
     const qreal halfway = window->opacity();
+    QVERIFY(halfway < 1.0);
     // The second close (a second break view ending the break) neither
     // restarts nor stretches the fade.
     m_backend->closeBreak();
     QVERIFY(window->opacity() <= halfway);
     QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), QmlWindowBackend::fadeMilliseconds * 2);
+    QCOMPARE(window->opacity(), 0.0);
     m_backend->closeBreak(); // and once more when already hidden
     QVERIFY(!window->isVisible());
 }
