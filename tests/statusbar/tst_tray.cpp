@@ -288,20 +288,8 @@ void TestTray::itemAsAPanelReadsIt()
     QCOMPARE(all.value(QStringLiteral("Menu")).toString(), QStringLiteral("/MenuBar"));
     QCOMPARE(all.value(QStringLiteral("XAyatanaLabelGuide")).toString(), QStringLiteral("00:00"));
 
-    // The emblem in several sizes: ARGB32, four bytes a pixel, something drawn.
-    const QVariantList pixmaps = all.value(QStringLiteral("IconPixmap")).toList();
-    QVERIFY(pixmaps.size() >= 3);
-    for (const QVariant &pixmap : pixmaps) {
-        const QVariantList p = pixmap.toList();
-        const int w = p.value(0).toInt(), h = p.value(1).toInt();
-        const QByteArray data = p.value(2).toByteArray();
-        QCOMPARE(w, h);
-        QCOMPARE(data.size(), w * h * 4);
-        int opaque = 0;
-        for (int i = 0; i < data.size(); i += 4)
-            opaque += quint8(data.at(i)) == 0xff; // the alpha byte comes first
-        QVERIFY2(opaque > w, qPrintable(QString::number(w)));
-    }
+    // The emblem's pixmaps are tst_trayinterfaces' business.
+    QVERIFY(!all.value(QStringLiteral("IconPixmap")).toList().isEmpty());
 
     // The tooltip: (icon name, pixmaps, title, text) with the remaining time.
     const QVariantList toolTip = all.value(QStringLiteral("ToolTip")).toList();

@@ -291,7 +291,9 @@ void TestTrayInterfaces::emblemIsTheIconFontGlyph()
     QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
     const QDBusArgument images =
         reply.arguments().value(0).value<QDBusVariant>().variant().value<QDBusArgument>();
-    QByteArray argb; // 32 px, A R G B bytes
+    // Several square sizes, four bytes a pixel; the 32 px one compared below.
+    QByteArray argb; // A R G B bytes
+    int sizes = 0;
     images.beginArray();
     while (!images.atEnd()) {
         int w = 0, h = 0;
@@ -299,10 +301,18 @@ void TestTrayInterfaces::emblemIsTheIconFontGlyph()
         images.beginStructure();
         images >> w >> h >> data;
         images.endStructure();
-        if (w == 32 && h == 32)
+        QCOMPARE(w, h);
+        QCOMPARE(data.size(), w * h * 4);
+        int opaque = 0; // something drawn at every size
+        for (int i = 0; i < data.size(); i += 4)
+            opaque += quint8(data.at(i)) == 0xff;
+        QVERIFY2(opaque > w, qPrintable(QString::number(w)));
+        ++sizes;
+        if (w == 32)
             argb = data;
     }
     images.endArray();
+    QVERIFY(sizes >= 3);
     QCOMPARE(argb.size(), 32 * 32 * 4);
 
     const QImage glyph =

@@ -1,6 +1,7 @@
 // The update check against an appcast this test serves on 127.0.0.1: a newer
 // release, the same one, a malformed feed, a server that is not there; what
-// the window shows for each, on demand and on schedule; the schedule itself;
+// the window shows for each, on demand and on schedule; the schedule itself
+// and the system profile in the request;
 // a program whose update modules are missing, and a checker dropped mid-fetch.
 
 #include "TestSupport.h"
@@ -110,7 +111,6 @@ private Q_SLOTS:
 
     void outcomes_data();
     void outcomes();
-    void systemProfileInTheQuery();
     void restartDoesNotCheckAtOnce();
     void withoutTheModule();
     void droppedWhileFetching();
@@ -263,11 +263,10 @@ void TestUpdate::outcomes()
     QFETCH(QString, heading);
     QFETCH(QString, message);
 
-    QUrl feed;
     FeedServer server;
     server.status = status;
     server.body = body;
-    feed = server.feed();
+    QUrl feed = server.feed();
     if (!serverUp) {
         // A port that was just free: nothing listens there now.
         QTcpServer probe;
@@ -314,24 +313,6 @@ void TestUpdate::outcomes()
     QVERIFY(c->lastCheck().isValid());
 }
 
-void TestUpdate::systemProfileInTheQuery()
-{
-    FeedServer server;
-    server.body = appcast(item("0.1.0", "1"));
-    const auto c = checker(server.feed());
-    c->checkInBackground();
-    QTRY_VERIFY_WITH_TIMEOUT(!c->isChecking(), 20000);
-    QCOMPARE(server.targets.size(), 1);
-    const QUrl target(server.targets.first());
-    QCOMPARE(target.path(), QStringLiteral("/appcast.xml"));
-    const QUrlQuery query(target);
-    QCOMPARE(query.queryItemValue(QStringLiteral("appName")), QStringLiteral("Narv"));
-    QCOMPARE(query.queryItemValue(QStringLiteral("appVersion")), AppInfo::version());
-    QCOMPARE(query.queryItemValue(QStringLiteral("model")), AppInfo::model());
-    QCOMPARE(query.queryItemValue(QStringLiteral("osVersion")), AppInfo::osVersion());
-    QVERIFY(!AppInfo::model().isEmpty());
-}
-
 void TestUpdate::restartDoesNotCheckAtOnce()
 {
     FeedServer server;
@@ -347,6 +328,17 @@ void TestUpdate::restartDoesNotCheckAtOnce()
         first->checkForUpdates();
         QTRY_VERIFY_WITH_TIMEOUT(!first->isChecking(), 20000);
     }
+    // The request carries the system profile.
+    QCOMPARE(server.targets.size(), 1);
+    const QUrl target(server.targets.first());
+    QCOMPARE(target.path(), QStringLiteral("/appcast.xml"));
+    const QUrlQuery query(target);
+    QCOMPARE(query.queryItemValue(QStringLiteral("appName")), QStringLiteral("Narv"));
+    QCOMPARE(query.queryItemValue(QStringLiteral("appVersion")), AppInfo::version());
+    QCOMPARE(query.queryItemValue(QStringLiteral("model")), AppInfo::model());
+    QCOMPARE(query.queryItemValue(QStringLiteral("osVersion")), AppInfo::osVersion());
+    QVERIFY(!AppInfo::model().isEmpty());
+
     // Started again: the check just made counts, the next is 12 hours away.
     const auto second = checker(server.feed());
     second->start();
