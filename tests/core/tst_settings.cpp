@@ -20,6 +20,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSaveFile>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -238,6 +239,30 @@ private Q_SLOTS:
         QCOMPARE(LogTail::count("warning app.narv.Narv : SMAppService error: \n"), warnings + 2);
     }
 
+
+    // A settings folder that cannot be written (a file stands where it should
+    // be, which stops root too): changes still hold for this run, and the
+    // warning is said once, not at every change.
+    void unwritableFolderWarnsOnceAndKeepsChanges()
+    {
+        const QString dir = QFileInfo(m_home->settingsFile()).absolutePath();
+        QVERIFY(QDir(dir).removeRecursively());
+        QVERIFY(TestSupport::writeFile(dir, "a file, not a folder"));
+        const auto restore = qScopeGuard([dir] {
+            QFile::remove(dir);
+            QDir().mkpath(dir);
+        });
+        const QByteArray warning = "warning app.narv.Narv : settings: cannot write ";
+        const int before = LogTail::count(warning);
+
+        QVERIFY(!store().checkWritable());
+        pref()->setWorkTime(40);
+        pref()->setShowTime(false);
+        QVERIFY(!store().checkWritable());
+        QCOMPARE(pref()->workTime(), qint64(40));
+        QCOMPARE(pref()->showTime(), false);
+        QCOMPARE(LogTail::count(warning), before + 1);
+    }
     void showTimeRefreshesTheTitle()
     {
         StatusBarController::item();
