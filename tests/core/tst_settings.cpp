@@ -239,7 +239,6 @@ private Q_SLOTS:
         QCOMPARE(LogTail::count("warning app.narv.Narv : SMAppService error: \n"), warnings + 2);
     }
 
-
     // A settings folder that cannot be written (a file stands where it should
     // be, which stops root too): changes still hold for this run, and the
     // warning is said once, not at every change.
