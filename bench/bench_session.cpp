@@ -27,6 +27,7 @@
 //                 [--later N] [--peers workrave,safeeyes] [--quick]
 //                 [--phases SETTLE,MOTION,COUNTING,PAUSED] [--work-minutes N]
 
+#include "statusbar/DBusPlain.h"
 #include "statusbar/FakeStatusNotifierWatcher.h"
 
 #include <QCommandLineParser>
@@ -449,53 +450,6 @@ private:
 };
 
 // --- D-Bus: the watcher we play, and clicks on Narv's menu
-
-QVariant plain(const QVariant &value);
-
-QVariant plain(const QDBusArgument &argument)
-{
-    switch (argument.currentType()) {
-    case QDBusArgument::StructureType: {
-        QVariantList fields;
-        argument.beginStructure();
-        while (!argument.atEnd())
-            fields.append(plain(argument.asVariant()));
-        argument.endStructure();
-        return fields;
-    }
-    case QDBusArgument::ArrayType: {
-        QVariantList elements;
-        argument.beginArray();
-        while (!argument.atEnd())
-            elements.append(plain(argument.asVariant()));
-        argument.endArray();
-        return elements;
-    }
-    case QDBusArgument::MapType: {
-        QVariantMap map;
-        argument.beginMap();
-        while (!argument.atEnd()) {
-            argument.beginMapEntry();
-            const QString key = plain(argument.asVariant()).toString();
-            map.insert(key, plain(argument.asVariant()));
-            argument.endMapEntry();
-        }
-        argument.endMap();
-        return map;
-    }
-    default:
-        return argument.asVariant();
-    }
-}
-
-QVariant plain(const QVariant &value)
-{
-    if (value.canConvert<QDBusArgument>())
-        return plain(value.value<QDBusArgument>());
-    if (value.canConvert<QDBusVariant>())
-        return plain(value.value<QDBusVariant>().variant());
-    return value;
-}
 
 // Clicks the item of Narv's menu that carries this tag (2 start/stop, 3 water),
 // the way a panel does: com.canonical.dbusmenu Event(id, "clicked", ...).

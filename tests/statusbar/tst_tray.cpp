@@ -6,6 +6,7 @@
 // Replies are read generically (plain()), by their D-Bus signatures, not with
 // the item's own marshalling code, so a marshalling slip shows up here.
 
+#include "DBusPlain.h"
 #include "FakeStatusNotifierWatcher.h"
 #include "TestSupport.h"
 
@@ -40,57 +41,6 @@ namespace {
 
 const QString sniInterface = QStringLiteral("org.kde.StatusNotifierItem");
 const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
-
-// A D-Bus value as plain Qt values: structures and arrays as lists, dictionaries
-// as maps, variants unwrapped.
-QVariant plain(const QVariant &value);
-
-QVariant plain(const QDBusArgument &argument)
-{
-    switch (argument.currentType()) {
-    case QDBusArgument::StructureType: {
-        QVariantList fields;
-        argument.beginStructure();
-        while (!argument.atEnd())
-            fields.append(plain(argument.asVariant()));
-        argument.endStructure();
-        return fields;
-    }
-    case QDBusArgument::ArrayType: {
-        QVariantList elements;
-        argument.beginArray();
-        while (!argument.atEnd())
-            elements.append(plain(argument.asVariant()));
-        argument.endArray();
-        return elements;
-    }
-    case QDBusArgument::MapType: {
-        QVariantMap map;
-        argument.beginMap();
-        while (!argument.atEnd()) {
-            argument.beginMapEntry();
-            const QString key = plain(argument.asVariant()).toString();
-            map.insert(key, plain(argument.asVariant()));
-            argument.endMapEntry();
-        }
-        argument.endMap();
-        return map;
-    }
-    default:
-        return plain(argument.asVariant());
-    }
-}
-
-QVariant plain(const QVariant &value)
-{
-    if (value.userType() == qMetaTypeId<QDBusVariant>())
-        return plain(value.value<QDBusVariant>().variant());
-    if (value.userType() == qMetaTypeId<QDBusArgument>())
-        return plain(value.value<QDBusArgument>());
-    if (value.userType() == qMetaTypeId<QDBusObjectPath>())
-        return value.value<QDBusObjectPath>().path();
-    return value;
-}
 
 // Signals a panel listens to, as they arrive.
 class SignalLog : public QObject {
