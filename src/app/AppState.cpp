@@ -2,6 +2,7 @@
 
 #include "app/DelayedTask.h"
 #include "app/Localized.h"
+#include "app/RemoteCalls.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
@@ -58,6 +59,15 @@ void AppState::setManualPause(bool value)
 {
     g_manualPause = value;
     setWorking(!value);
+}
+
+void AppState::restartWork()
+{
+    // Whether the user paused is known only where the countdown runs.
+    if (RemoteCalls::forward("restartWork"))
+        return;
+    if (!g_manualPause)
+        setWorking(true);
 }
 
 DelayedTask *AppState::mouseMoveEventItem()

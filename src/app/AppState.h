@@ -19,6 +19,8 @@ public:
     static bool manualPause();
     // Pausing stops the countdown; resuming starts a full work period.
     static void setManualPause(bool value);
+    // A full work period from now, unless the user paused.
+    static void restartWork();
 
     // The pending stop after mouse idleness; owned here, replaced by the next one.
     static DelayedTask *mouseMoveEventItem();

@@ -137,6 +137,10 @@ private:
 // The process-wide logger, built on first use (see Logger.cpp).
 const Logger &logger();
 
+// For a second process of the program, which writes to the same log: its
+// logger, when made, leaves out the hello record. Before the first log line.
+void leaveOutHelloRecord();
+
 // Routes Qt's own messages (qDebug, qWarning, qFatal, ...) into logger().
 void installQtMessageRouting();
 

@@ -18,6 +18,10 @@
 namespace fs = std::filesystem;
 
 namespace {
+bool g_leaveOutHelloRecord = false;
+} // namespace
+
+namespace {
 
 // The locale whose week rules decide the year in the file name. ICU's own
 // default is fixed the first time ICU is asked, so the environment is read
@@ -226,9 +230,15 @@ BuiltLogger buildLogger(const QString &logsFolder, const QDateTime &now, const Q
         handler = factory(label);
     Logger logger(label, std::move(handler));
 
-    logger.info(QStringLiteral("~~~~~~~~~~~~~~~~~~~~~~~~hello ") + AppInfo::name() +
-                QStringLiteral("~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~"));
+    if (!g_leaveOutHelloRecord)
+        logger.info(QStringLiteral("~~~~~~~~~~~~~~~~~~~~~~~~hello ") + AppInfo::name() +
+                    QStringLiteral("~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~"));
     return {logger, error};
+}
+
+void leaveOutHelloRecord()
+{
+    g_leaveOutHelloRecord = true;
 }
 
 QString Logger::logfilePath()

@@ -13,9 +13,10 @@
 #include "platform/tray/TrayBackend.h"
 #include "platform/update/UpdateCheck.h"
 #include "platform/views/ViewsModule.h"
+#include "platform/views/ViewsProcess.h"
 #include "windows/WindowController.h"
 
-#include <QGuiApplication>
+#include <QCoreApplication>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -59,24 +60,26 @@ void quitOnSignals(QCoreApplication &app)
 int QuilloApp::main(int argc, char **argv)
 {
     installQtMessageRouting();
-    QGuiApplication::setOrganizationName(QStringLiteral("narv"));
-    QGuiApplication::setApplicationName(QStringLiteral("narv"));
-    QGuiApplication::setApplicationVersion(AppInfo::version());
-    QGuiApplication::setDesktopFileName(AppInfo::identifier());
-    // A QGuiApplication, unless the classic tray icon will be wanted (no
+    QCoreApplication::setOrganizationName(QStringLiteral("narv"));
+    QCoreApplication::setApplicationName(QStringLiteral("narv"));
+    QCoreApplication::setApplicationVersion(AppInfo::version());
+    if (argc > 1 && qstrcmp(argv[1], ViewsModule::processOption) == 0)
+        return ViewsModule::runProcess(argc, argv);
+
+    // A plain QCoreApplication, whose windows are drawn by a process of their
+    // own, unless the classic tray icon will be wanted (no
     // StatusNotifierWatcher on the bus): it needs QtWidgets and a
-    // QApplication, which the classic tray module brings.
+    // QApplication, which the classic tray module brings, and which draws
+    // the windows itself.
     const bool classicTray = ClassicTray::wanted();
     QString classicTrayError;
-    std::unique_ptr<QGuiApplication> application;
+    std::unique_ptr<QCoreApplication> application;
     if (classicTray)
         application = ClassicTray::createApplication(argc, argv, &classicTrayError);
+    const bool drawsWindows = application != nullptr;
     if (!application)
-        application = std::make_unique<QGuiApplication>(argc, argv);
-    QGuiApplication &app = *application;
-    QGuiApplication::setApplicationDisplayName(AppInfo::name());
-    // A tray program: closing its last window must not end it.
-    QGuiApplication::setQuitOnLastWindowClosed(false);
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication &app = *application;
     quitOnSignals(app);
 
     logger(); // the banner goes first
@@ -102,13 +105,20 @@ int QuilloApp::main(int argc, char **argv)
 
     // The desktop parts plug into the core here, before start-up runs.
     // [windows]
-    // Loads the windows (and Qt Quick) when the first one is wanted.
-    WindowController::setBackend(ViewsModule::windowBackend());
+    // Loads the windows (and Qt Quick) when the first one is wanted, in this
+    // process or in a process of their own.
+    ViewsProcess *viewsProcess = nullptr;
+    if (drawsWindows) {
+        WindowController::setBackend(ViewsModule::windowBackend());
+    } else {
+        viewsProcess = new ViewsProcess;
+        WindowController::setBackend(std::unique_ptr<WindowBackend>(viewsProcess));
+    }
     // [statusbar]
     loadTranslations();
     TrayBackend::install();
     MailComposers::install();
-    UpdateCheck::install();
+    UpdateCheck::install(viewsProcess);
     // [events]
     EventSources::install();
     const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();
@@ -118,5 +128,7 @@ int QuilloApp::main(int argc, char **argv)
     QTimer::singleShot(0, &app, [&delegate] { delegate.applicationDidFinishLaunching(); });
     const int code = app.exec();
     delegate.applicationWillTerminate();
+    // The window process ends with its line to this one.
+    WindowController::setBackend(nullptr);
     return code;
 }

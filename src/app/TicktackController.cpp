@@ -7,6 +7,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -170,4 +171,12 @@ void TicktackController::stop()
 bool TicktackController::isRunning()
 {
     return controller().cancellable != nullptr;
+}
+
+qint64 TicktackController::remaining(const TicktackState *state)
+{
+    const auto &running = controller().cancellable;
+    if (!running || !state || running->state != state)
+        return -1;
+    return std::max<qint64>(running->remaining, 0);
 }

@@ -23,6 +23,9 @@ void ticktack(qint64 seconds, TicktackState *state);
 // Cancels the running countdown, if any. The states keep their last values.
 void stop();
 bool isRunning();
+// Seconds left on the countdown that publishes to `state`; -1 when that one is
+// not running.
+qint64 remaining(const TicktackState *state);
 
 // The shared tick source, a one-second precise timer unless replaced.
 TickSource *timer();

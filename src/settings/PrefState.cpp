@@ -98,8 +98,7 @@ qint64 PrefState::workTime() const
 void PrefState::setWorkTime(qint64 value)
 {
     m_store.setInt(key(workTimeKey), value);
-    if (!AppState::manualPause())
-        AppState::setWorking(true);
+    AppState::restartWork();
 }
 
 qint64 PrefState::breakTime() const

@@ -4,6 +4,7 @@
 #include "app/DelayedTask.h"
 #include "app/Localized.h"
 #include "app/Log.h"
+#include "app/RemoteCalls.h"
 #include "settings/DateText.h"
 #include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
@@ -245,6 +246,9 @@ bool PrefWaterState::isNewDay() const
 
 void PrefWaterState::schedule()
 {
+    // The reminder is armed where the status item counts down to it.
+    if (RemoteCalls::forward("scheduleWater"))
+        return;
     cancel();
     if (!inWorkTime()) {
         logger().log(LogLevel::Info, QStringLiteral("Not in work time"), {},
@@ -268,6 +272,8 @@ void PrefWaterState::schedule()
 
 void PrefWaterState::cancel()
 {
+    if (RemoteCalls::forward("cancelWater"))
+        return;
     if (m_workItem)
         m_workItem->cancel();
 }

@@ -90,8 +90,7 @@ void PromptState::showNewDay()
 void PromptState::closePrompt()
 {
     WindowController::closeBreak();
-    if (!AppState::manualPause())
-        AppState::setWorking(true);
+    AppState::restartWork();
 }
 
 void PromptState::resetShortBreakTimes()

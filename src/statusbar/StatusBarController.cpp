@@ -1,5 +1,7 @@
 #include "statusbar/StatusBarController.h"
 
+#include "app/RemoteCalls.h"
+
 #include "app/AppInfo.h"
 #include "app/AppState.h"
 #include "app/Localized.h"
@@ -217,6 +219,8 @@ bool StatusBarController::activate(int id)
 
 void StatusBarController::insetWaterItem()
 {
+    if (RemoteCalls::forward("insetWaterItem"))
+        return;
     if (indexOfTag(Tag::water) >= 0)
         return;
     state().menu.insert(int(Tag::water), waterItem());
@@ -226,6 +230,8 @@ void StatusBarController::insetWaterItem()
 
 void StatusBarController::removeWaterItem()
 {
+    if (RemoteCalls::forward("removeWaterItem"))
+        return;
     const int index = indexOfTag(Tag::water);
     if (index < 0)
         return;
@@ -236,6 +242,8 @@ void StatusBarController::removeWaterItem()
 
 void StatusBarController::updateWaterItem()
 {
+    if (RemoteCalls::forward("updateWaterItem"))
+        return;
     const int index = indexOfTag(Tag::water);
     if (index < 0)
         return;
@@ -270,6 +278,8 @@ QString StatusBarController::waterTitle()
 
 void StatusBarController::showTime(bool show)
 {
+    if (RemoteCalls::forward("showTime", {show}))
+        return;
     TicktackState *work = AppState::workState();
     applyTitle(show && !work->timesUp() ? work->timeString() : QString());
 }

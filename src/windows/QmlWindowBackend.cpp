@@ -276,6 +276,16 @@ void QmlWindowBackend::showBreak()
         focus->requestActivate();
 }
 
+void QmlWindowBackend::prepareBreak()
+{
+    // Made and laid out now, shown at the break.
+    for (QScreen *screen : QGuiApplication::screens()) {
+        QQuickView *window = breakWindow(screen);
+        window->setScreen(screen);
+        window->setGeometry(screen->geometry());
+    }
+}
+
 void QmlWindowBackend::closeBreak()
 {
     // Every screen gets its window here too, even one that was never shown

@@ -27,6 +27,7 @@ public:
     QmlWindowBackend();
     ~QmlWindowBackend() override;
 
+    void prepareBreak() override;
     void showBreak() override;
     void closeBreak() override;
     void showAbout() override;

@@ -8,6 +8,9 @@
 class WindowBackend {
 public:
     virtual ~WindowBackend() = default;
+    // A break is near: backends that take a while to show their first window
+    // get ready now.
+    virtual void prepareBreak() {}
     virtual void showBreak() = 0;
     virtual void closeBreak() = 0;
     virtual void showAbout() = 0;

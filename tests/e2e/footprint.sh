@@ -72,11 +72,39 @@ wait_for 5 logged " : ticktack timer stoped" || fail "the menu did not stop the 
 menu_click x-narv-tag "int32 2$"
 wait_for 10 shown left || fail "no break window on the left monitor"
 wait_for 5 shown right || fail "no break window on the right monitor"
+# The next work period is long again: once this break is over nothing is near.
+setting pref.work.time 2
+views=$(views_pid)
+[[ -n $views ]] || fail "no window process beside narv during the break"
+logged " : window process $views started$" || fail "the window process is not in the log"
 logged " : windows loaded from .*narv_views.so$" || fail "the windows did not come from the views module"
 for piece in libQt6Quick libQt6Qml narv_views.so; do
-    mapped "$piece" || fail "$piece is not in the process during the break"
+    pid=$views mapped "$piece" || fail "$piece is not in the window process during the break"
+    ! mapped "$piece" || fail "$piece came into the counting process"
 done
-ok "the first break loads the views module, and its windows are on both monitors"
+ok "the first break starts the window process, and its windows are on both monitors"
+
+wait_for 10 logged " : ticktack timer start 120$" || fail "the break did not end"
+wait_for 10 bash -c "! kill -0 $views 2>/dev/null" || fail "the window process stays after the break"
+logged " : no window left: the window process ends$" || fail "the window process's end is not in the log"
+[[ $(log | grep -c "hello Narv") -eq 1 ]] || fail "the window process wrote a hello record of its own"
+ok "with the break over and no break near, the window process ends"
+
+# A window process that goes during a break does not keep the user from work.
+setting pref.work.time 0
+stops=$(log | grep -c " : ticktack timer stoped")
+menu_click x-narv-tag "int32 2$"
+wait_for 5 logged " : ticktack timer stoped" $((stops + 1)) || fail "the menu did not stop the work"
+menu_click x-narv-tag "int32 2$"
+wait_for 10 shown left || fail "no break window for the second break"
+setting pref.work.time 2
+kill -9 "$(views_pid)"
+expected_errors=" : (the window process crashed|the break windows went away with their process: the break ends)$"
+wait_for 10 logged " : the break windows went away with their process: the break ends$" ||
+    fail "the window process's going is not noticed"
+wait_for 5 logged " : the window process crashed$" || fail "the crash is not in the log"
+wait_for 5 logged " : ticktack timer start 120$" 2 || fail "work did not start again"
+ok "a window process killed during a break ends the break, and work goes on"
 
 # The update check from the menu: the module comes, the feed is asked for, and
 # whatever the outcome (this machine may have no network; a proxy that is not
@@ -86,6 +114,7 @@ wait_for 10 logged " : checking for updates at " || fail "the menu did not start
 logged " : update check loaded from .*narv_update.so$" || fail "the check did not come from the update module"
 mapped libQt6Network || fail "QtNetwork is not in the process during the check"
 wait_for 40 shown "Software Update" || fail "no window tells the outcome of the check"
+[[ -n $(views_pid) ]] || fail "the update window is not in a window process"
 logged " : update window loaded from .*narv_updatewindow.so$" || fail "the window did not come from its module"
 ok "the update check loads its modules and tells its outcome"
 

@@ -1,7 +1,7 @@
 // The feedback mail on Linux: which way is picked, and what each way is handed.
 // xdg-email is a stand-in script on PATH that records its arguments; the Email
 // portal is a stand-in on a private session bus (run under dbus-run-session);
-// mailto: links are caught with QDesktopServices::setUrlHandler.
+// xdg-open, which opens the mailto: link, is a stand-in script as well.
 
 #include "TestSupport.h"
 
@@ -16,10 +16,8 @@
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
-#include <QDesktopServices>
 #include <QFile>
-#include <QGuiApplication>
-#include <QScopeGuard>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QUrlQuery>
 
@@ -59,12 +57,37 @@ public Q_SLOTS:
     }
 };
 
-class UrlCatcher : public QObject {
-    Q_OBJECT
-public:
-    QList<QUrl> urls;
-public Q_SLOTS:
-    void open(const QUrl &url) { urls.append(url); }
+// A stand-in for `name`, first on PATH while the returned guard lives, that
+// records its arguments NUL-separated.
+struct StandIn {
+    QTemporaryDir bin;
+    QString program;
+    QString record;
+    QByteArray path = qgetenv("PATH");
+
+    explicit StandIn(const char *name)
+        : program(bin.filePath(QLatin1String(name))), record(bin.filePath(QStringLiteral("args")))
+    {
+        TestSupport::writeFile(program,
+                               "#!/bin/sh\nprintf '%s\\0' \"$@\" > \"$0.tmp\" && mv \"$0.tmp\" \"" +
+                                   record.toUtf8() + "\"\n");
+        QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("PATH", bin.path().toUtf8() + ':' + path);
+    }
+    ~StandIn() { qputenv("PATH", path); }
+
+    // What it was called with, once it has run.
+    QStringList arguments() const
+    {
+        if (!QTest::qWaitFor([this] { return QFile::exists(record); }, 10000))
+            return {QStringLiteral("(not run)")};
+        QFile args(record);
+        if (!args.open(QIODevice::ReadOnly))
+            return {QStringLiteral("(unreadable)")};
+        QStringList received = QString::fromUtf8(args.readAll()).split(QChar(0));
+        received.removeLast(); // after the last NUL
+        return received;
+    }
 };
 
 } // namespace
@@ -90,16 +113,18 @@ private Q_SLOTS:
         QTest::addColumn<bool>("sandboxed");
         QTest::addColumn<bool>("portal");
         QTest::addColumn<QString>("xdgEmail");
-        QTest::addColumn<bool>("urls");
+        QTest::addColumn<QString>("xdgOpen");
         QTest::addColumn<int>("kind");
         const QString xdg = QStringLiteral("/usr/bin/xdg-email");
-        QTest::newRow("normal install") << false << false << xdg << true << int(Kind::xdgEmail);
-        QTest::newRow("no xdg-utils") << false << false << QString() << true << int(Kind::mailto);
-        QTest::newRow("flatpak") << true << true << xdg << true << int(Kind::portal);
+        const QString open = QStringLiteral("/usr/bin/xdg-open");
+        QTest::newRow("normal install") << false << false << xdg << open << int(Kind::xdgEmail);
+        QTest::newRow("xdg-open only") << false << false << QString() << open << int(Kind::mailto);
+        QTest::newRow("flatpak") << true << true << xdg << open << int(Kind::portal);
         // xdg-email inside a sandbox cannot hand our files to the mail program.
         QTest::newRow("sandbox without portal")
-            << true << false << xdg << true << int(Kind::mailto);
-        QTest::newRow("nothing at all") << false << false << QString() << false << int(Kind::none);
+            << true << false << xdg << open << int(Kind::mailto);
+        QTest::newRow("nothing at all")
+            << false << false << QString() << QString() << int(Kind::none);
     }
 
     void choice()
@@ -107,42 +132,27 @@ private Q_SLOTS:
         QFETCH(bool, sandboxed);
         QFETCH(bool, portal);
         QFETCH(QString, xdgEmail);
-        QFETCH(bool, urls);
+        QFETCH(QString, xdgOpen);
         QFETCH(int, kind);
-        QCOMPARE(int(MailComposers::choose({sandboxed, portal, xdgEmail, urls})), kind);
-        QCOMPARE(MailComposers::forSession({sandboxed, portal, xdgEmail, urls}) != nullptr,
+        QCOMPARE(int(MailComposers::choose({sandboxed, portal, xdgEmail, xdgOpen})), kind);
+        QCOMPARE(MailComposers::forSession({sandboxed, portal, xdgEmail, xdgOpen}) != nullptr,
                  kind != int(Kind::none));
     }
 
     void xdgEmailGetsTheDraft()
     {
-        // A stand-in xdg-email first on PATH, recording its arguments NUL-separated.
-        QTemporaryDir bin;
-        const QString record = bin.filePath(QStringLiteral("args"));
-        const QString script = bin.filePath(QStringLiteral("xdg-email"));
-        QVERIFY(TestSupport::writeFile(
-            script, "#!/bin/sh\nprintf '%s\\0' \"$@\" > \"$0.tmp\" && mv \"$0.tmp\" \"" +
-                        record.toUtf8() + "\"\n"));
-        QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        const QByteArray path = qgetenv("PATH");
-        qputenv("PATH", bin.path().toUtf8() + ':' + path);
-        const auto restorePath = qScopeGuard([&] { qputenv("PATH", path); });
-
+        const StandIn xdgEmail("xdg-email");
         const MailComposers::Session session = MailComposers::currentSession();
-        QCOMPARE(session.xdgEmail, script);
+        QCOMPARE(session.xdgEmail, xdgEmail.program);
         QCOMPARE(MailComposers::choose(session), Kind::xdgEmail);
 
         MailComposers::install();
         MenuAction::didClickFeedback(nullptr);
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(record), 10000);
-        QFile args(record);
-        QVERIFY(args.open(QIODevice::ReadOnly));
-        QStringList received = QString::fromUtf8(args.readAll()).split(QChar(0));
-        QCOMPARE(received.takeLast(), QString()); // after the last NUL
-        QCOMPARE(received, (QStringList{QStringLiteral("--utf8"), QStringLiteral("--subject"),
-                                        QStringLiteral("Narv Feedback"), QStringLiteral("--body"),
-                                        MenuAction::feedbackBody(), QStringLiteral("--attach"),
-                                        m_log, QStringLiteral("feedback@narv.app")}));
+        QCOMPARE(xdgEmail.arguments(),
+                 (QStringList{QStringLiteral("--utf8"), QStringLiteral("--subject"),
+                              QStringLiteral("Narv Feedback"), QStringLiteral("--body"),
+                              MenuAction::feedbackBody(), QStringLiteral("--attach"), m_log,
+                              QStringLiteral("feedback@narv.app")}));
 
         // No log file (say, the cache folder is read-only): the draft goes without it.
         QCOMPARE(
@@ -154,14 +164,13 @@ private Q_SLOTS:
 
     void mailtoLink()
     {
-        UrlCatcher catcher;
-        QDesktopServices::setUrlHandler(QStringLiteral("mailto"), &catcher, "open");
-        MailtoComposer().compose(QStringLiteral("feedback@narv.app"),
-                                 QStringLiteral("Narv Feedback"),
-                                 QStringLiteral("a&b=c+d 100%\n\nend"), m_log);
-        QDesktopServices::unsetUrlHandler(QStringLiteral("mailto"));
-        QCOMPARE(catcher.urls.size(), 1);
-        const QUrl url = catcher.urls.first();
+        const StandIn xdgOpen("xdg-open");
+        MailtoComposer(xdgOpen.program)
+            .compose(QStringLiteral("feedback@narv.app"), QStringLiteral("Narv Feedback"),
+                     QStringLiteral("a&b=c+d 100%\n\nend"), m_log);
+        const QStringList opened = xdgOpen.arguments();
+        QCOMPARE(opened.size(), 1);
+        const QUrl url(opened.first(), QUrl::StrictMode);
         QCOMPARE(url.toString(QUrl::FullyEncoded),
                  QStringLiteral("mailto:feedback@narv.app?subject=Narv%20Feedback&body="
                                 "a%26b%3Dc%2Bd%20100%25%0A%0Aend"));
@@ -188,7 +197,7 @@ private Q_SLOTS:
         QVERIFY(portalBus.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
 
         MenuAction::setMailService([] {
-            return MailComposers::forSession({true, true, QString(), true});
+            return MailComposers::forSession({true, true, QString(), QString()});
         });
         MenuAction::didClickFeedback(nullptr);
         QTRY_COMPARE_WITH_TIMEOUT(portal.calls, 1, 10000);
@@ -208,11 +217,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char **argv)
-{
-    QGuiApplication app(argc, argv);
-    TestMail test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(TestMail)
 
 #include "tst_mail.moc"

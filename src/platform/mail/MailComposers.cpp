@@ -7,7 +7,6 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QFile>
-#include <QGuiApplication>
 #include <QStandardPaths>
 
 MailComposers::Session MailComposers::currentSession()
@@ -22,7 +21,7 @@ MailComposers::Session MailComposers::currentSession()
                                       bus->activatableServiceNames().value().contains(portal));
     }
     session.xdgEmail = QStandardPaths::findExecutable(QStringLiteral("xdg-email"));
-    session.canOpenUrls = qobject_cast<QGuiApplication *>(QCoreApplication::instance());
+    session.xdgOpen = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
     return session;
 }
 
@@ -34,7 +33,7 @@ MailComposers::Kind MailComposers::choose(const Session &session)
         return Kind::portal;
     if (!session.sandboxed && !session.xdgEmail.isEmpty())
         return Kind::xdgEmail;
-    if (session.canOpenUrls)
+    if (!session.xdgOpen.isEmpty())
         return Kind::mailto;
     return Kind::none;
 }
@@ -47,7 +46,7 @@ std::unique_ptr<MailComposer> MailComposers::forSession(const Session &session)
     case Kind::xdgEmail:
         return std::make_unique<XdgEmailComposer>(session.xdgEmail);
     case Kind::mailto:
-        return std::make_unique<MailtoComposer>();
+        return std::make_unique<MailtoComposer>(session.xdgOpen);
     case Kind::none:
         break;
     }

@@ -10,15 +10,15 @@
 // the session offers:
 //   sandboxed (Flatpak, Snap)  the Email portal, which can take the log file
 //   xdg-email on PATH          the user's mail program, the log attached
-//   otherwise                  a mailto: link (no attachment)
+//   otherwise                  a mailto: link opened with xdg-open (no attachment)
 namespace MailComposers {
 enum class Kind { none, portal, xdgEmail, mailto };
 
 struct Session {
     bool sandboxed = false;
     bool portalOnBus = false;
-    QString xdgEmail;         // path of xdg-email, empty when not found
-    bool canOpenUrls = false; // a QGuiApplication whose platform opens URLs
+    QString xdgEmail; // path of xdg-email, empty when not found
+    QString xdgOpen;  // path of xdg-open, empty when not found
 };
 
 // What this process sees now.

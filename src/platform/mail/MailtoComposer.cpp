@@ -2,7 +2,7 @@
 
 #include "app/Log.h"
 
-#include <QDesktopServices>
+#include <QProcess>
 #include <QUrlQuery>
 
 QUrl MailtoComposer::url(const QString &recipient, const QString &subject, const QString &body)
@@ -24,7 +24,8 @@ QUrl MailtoComposer::url(const QString &recipient, const QString &subject, const
 void MailtoComposer::compose(const QString &recipient, const QString &subject, const QString &body,
                              const QString &attachment)
 {
-    if (!QDesktopServices::openUrl(url(recipient, subject, body))) {
+    const QString link = url(recipient, subject, body).toString(QUrl::FullyEncoded);
+    if (!QProcess::startDetached(m_xdgOpen, {link})) {
         LOG_WARNING(QStringLiteral("nothing on this desktop opens mailto: links; feedback goes "
                                    "to ") +
                     recipient);

@@ -1,5 +1,6 @@
 #include "ClassicTray.h"
 #include "TrayIconFallback.h"
+#include "app/AppInfo.h"
 
 #include <QApplication>
 #include <QSystemTrayIcon>
@@ -11,7 +12,12 @@
 extern "C" Q_DECL_EXPORT QGuiApplication *narv_classictray_create_application(int &argc,
                                                                               char **argv)
 {
-    return new QApplication(argc, argv);
+    auto *app = new QApplication(argc, argv);
+    QGuiApplication::setApplicationDisplayName(AppInfo::name());
+    QGuiApplication::setDesktopFileName(AppInfo::identifier());
+    // A tray program: closing its last window must not end it.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    return app;
 }
 
 extern "C" Q_DECL_EXPORT ClassicTrayIcon *narv_classictray_create_icon(QObject *parent)

@@ -11,7 +11,7 @@
 #include <QCoreApplication>
 #include <QFile>
 
-void UpdateCheck::install()
+void UpdateCheck::install(UpdatePresenter *presenter)
 {
     if (QFile::exists(QStringLiteral("/.flatpak-info"))) {
         LOG_INFO(QStringLiteral("running in Flatpak: updates come from Flatpak, no update check"));
@@ -20,7 +20,10 @@ void UpdateCheck::install()
     auto *checker = new AppcastUpdateChecker(
         QUrl(AppInfo::updateFeed()), PreferencesStore::instance(), *AppState::prefState(),
         UpdateModule::createFetcher, QCoreApplication::instance());
-    checker->showOutcomes(UpdateModule::window);
+    if (presenter)
+        checker->showOutcomes([presenter] { return presenter; });
+    else
+        checker->showOutcomes(UpdateModule::window);
     WindowController::setUpdateChecker(std::make_unique<AppcastUpdateFront>(checker));
     checker->start();
 }

@@ -2,6 +2,6 @@
 
 // Built instead of the appcast check when NARV_UPDATE_CHECK is OFF: the
 // distribution delivers updates.
-void UpdateCheck::install()
+void UpdateCheck::install(UpdatePresenter *)
 {
 }

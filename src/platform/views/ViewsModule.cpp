@@ -3,6 +3,8 @@
 #include "app/Log.h"
 #include "app/Module.h"
 
+#include <cstdlib>
+
 namespace {
 
 using CreateBackend = WindowBackend *(*)();
@@ -69,4 +71,18 @@ private:
 std::unique_ptr<WindowBackend> ViewsModule::windowBackend()
 {
     return std::make_unique<LazyWindowBackend>();
+}
+
+int ViewsModule::runProcess(int &argc, char **argv)
+{
+    using Main = int (*)(int &, char **);
+    leaveOutHelloRecord();
+    const Module::Entry found = Module::resolve(fileName, processEntryPoint);
+    if (!found.function) {
+        LOG_ERROR(QStringLiteral("cannot load the windows (%1): the window process ends")
+                      .arg(found.error));
+        return EXIT_FAILURE;
+    }
+    LOG_INFO(QStringLiteral("windows loaded from ") + found.path);
+    return reinterpret_cast<Main>(found.function)(argc, argv);
 }

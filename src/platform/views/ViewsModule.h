@@ -16,8 +16,16 @@ inline constexpr const char *fileName = "narv_views.so";
 // The function the module exports: makes its window backend, owned by the caller.
 inline constexpr const char *entryPoint = "narv_views_create_window_backend";
 
+// int (int &argc, char **argv): the window process's main (ViewsProcess.h).
+inline constexpr const char *processEntryPoint = "narv_views_run";
+// The option that makes the program the window process.
+inline constexpr const char *processOption = "--views";
+
 // A window backend that loads the module when a window is first wanted and
 // from then on leaves everything to the module's own backend, which takes its
 // place in WindowController. Closing before anything was shown needs no module.
+// For a program whose application object can show windows itself.
 std::unique_ptr<WindowBackend> windowBackend();
+// Runs the program as the window process: loads the module and runs its main.
+int runProcess(int &argc, char **argv);
 } // namespace ViewsModule

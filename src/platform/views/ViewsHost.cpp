@@ -1,0 +1,162 @@
+#include "platform/views/ViewsHost.h"
+
+#include "app/AppInfo.h"
+#include "app/AppState.h"
+#include "app/Localized.h"
+#include "app/Log.h"
+#include "app/LoginItem.h"
+#include "app/Module.h"
+#include "app/RemoteCalls.h"
+#include "app/TicktackState.h"
+#include "platform/login/LoginItemBackend.h"
+#include "platform/update/UpdateModule.h"
+#include "platform/update/UpdatePresenter.h"
+#include "platform/views/MessageChannel.h"
+#include "platform/views/ViewsModule.h"
+#include "settings/PromptState.h"
+#include "windows/QmlWindowBackend.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QQuickView>
+#include <QTimer>
+#include <QUrl>
+#include <QWindow>
+
+#include <cstdlib>
+#include <memory>
+
+ViewsHost::ViewsHost(MessageChannel &channel, QmlWindowBackend &windows, QObject *parent)
+    : QObject(parent), m_channel(channel), m_windows(windows)
+{
+    connect(&m_channel, &MessageChannel::received, this, &ViewsHost::onReceived);
+    qApp->installEventFilter(this);
+}
+
+bool ViewsHost::eventFilter(QObject *watched, QEvent *event)
+{
+    if ((event->type() == QEvent::Show || event->type() == QEvent::Hide) && watched->isWindowType())
+        reportSoon();
+    return QObject::eventFilter(watched, event);
+}
+
+void ViewsHost::onReceived(const QVariantList &message)
+{
+    ++m_read;
+    const QString name = message.value(0).toString();
+    const QVariant value = message.value(1);
+    if (name == QLatin1String("prompt")) {
+        AppState::promptState()->setPrompt(value.toString());
+    } else if (name == QLatin1String("showSkipButton")) {
+        AppState::promptState()->setShowSkipButton(value.toBool());
+    } else if (name == QLatin1String("breakTime")) {
+        AppState::breakState()->setTimeString(value.toString());
+    } else if (name == QLatin1String("breakTimesUp")) {
+        AppState::breakState()->setTimesUp(value.toBool());
+    } else if (name == QLatin1String("prepareBreak")) {
+        m_windows.prepareBreak();
+    } else if (name == QLatin1String("showBreak")) {
+        m_windows.showBreak();
+    } else if (name == QLatin1String("closeBreak")) {
+        m_windows.closeBreak();
+    } else if (name == QLatin1String("showAbout")) {
+        m_windows.showAbout();
+    } else if (name == QLatin1String("showPrefView")) {
+        m_windows.showPrefView();
+    } else if (name == QLatin1String("showWaterView")) {
+        m_windows.showWaterView();
+    } else if (name == QLatin1String("closeWaterView")) {
+        m_windows.closeWaterView();
+    } else if (name == QLatin1String("showUpdate")) {
+        AppcastItem item;
+        item.title = message.value(1).toString();
+        item.version = message.value(2).toString();
+        item.shortVersion = message.value(3).toString();
+        item.releaseNotesLink = message.value(4).toUrl();
+        item.downloadLink = message.value(5).toUrl();
+        if (UpdatePresenter *window = updateWindow())
+            window->showUpdate(item);
+    } else if (name == QLatin1String("showUpToDate")) {
+        if (UpdatePresenter *window = updateWindow())
+            window->showUpToDate();
+    } else if (name == QLatin1String("showFailure")) {
+        if (UpdatePresenter *window = updateWindow())
+            window->showFailure(value.toString());
+    } else {
+        LOG_ERROR(QStringLiteral("the counting process sent an unknown message: ") + name);
+    }
+    reportSoon();
+}
+
+UpdatePresenter *ViewsHost::updateWindow()
+{
+    using Get = UpdatePresenter *(*)();
+    static const Get get = [] {
+        const Module::Entry found =
+            Module::resolve(UpdateModule::windowModule, UpdateModule::windowEntry);
+        if (found.function)
+            LOG_INFO(QStringLiteral("update window loaded from ") + found.path);
+        else
+            LOG_ERROR(QStringLiteral("cannot load the update window (%1)").arg(found.error));
+        return reinterpret_cast<Get>(found.function);
+    }();
+    return get ? get() : nullptr;
+}
+
+// Once the events of this turn of the loop are handled: a break opens a
+// window on every screen, which is one report, not one for each.
+void ViewsHost::reportSoon()
+{
+    if (m_reportPending)
+        return;
+    m_reportPending = true;
+    QTimer::singleShot(0, this, &ViewsHost::report);
+}
+
+void ViewsHost::report()
+{
+    m_reportPending = false;
+    bool breakShown = false;
+    for (const QQuickView *window : m_windows.breakWindows())
+        breakShown = breakShown || window->isVisible();
+    bool anyShown = false;
+    for (const QWindow *window : QGuiApplication::topLevelWindows())
+        anyShown = anyShown || window->isVisible();
+    m_channel.send(
+        {QStringLiteral("windows"), m_read, breakShown, m_windows.isWaterViewVisible(), anyShown});
+}
+
+extern "C" Q_DECL_EXPORT int narv_views_run(int &argc, char **argv)
+{
+    bool ok = false;
+    const int fd = qEnvironmentVariableIntValue("NARV_VIEWS_FD", &ok);
+    qunsetenv("NARV_VIEWS_FD");
+    if (!ok) {
+        LOG_ERROR(QStringLiteral("the window process has no line to the counting process"));
+        return EXIT_FAILURE;
+    }
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationDisplayName(AppInfo::name());
+    QGuiApplication::setDesktopFileName(AppInfo::identifier());
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    loadTranslations();
+    const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();
+    LoginItems::setCurrent(loginItem.get());
+
+    MessageChannel channel(fd);
+    QObject::connect(&channel, &MessageChannel::closed, &app, &QCoreApplication::quit);
+    RemoteCalls::setSender([&channel](const QVariantList &call) {
+        QVariantList message{QStringLiteral("call")};
+        message.append(call);
+        channel.send(message);
+    });
+    auto *windows = new QmlWindowBackend;
+    WindowController::setBackend(std::unique_ptr<WindowBackend>(windows));
+    ViewsHost host(channel, *windows);
+    const int code = app.exec();
+    RemoteCalls::setSender({});
+    // The windows go before the application object does.
+    WindowController::setBackend(nullptr);
+    LoginItems::setCurrent(nullptr);
+    return code;
+}

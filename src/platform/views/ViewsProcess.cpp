@@ -1,0 +1,251 @@
+#include "platform/views/ViewsProcess.h"
+
+#include "app/AppState.h"
+#include "app/Log.h"
+#include "app/RemoteCalls.h"
+#include "app/TicktackController.h"
+#include "app/TicktackState.h"
+#include "platform/views/MessageChannel.h"
+#include "settings/PromptState.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QProcessEnvironment>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+ViewsProcess::ViewsProcess(QObject *parent) : QObject(parent)
+{
+    // Every assignment is sent, also of an unchanged value: the views treat
+    // each one as an event, as they do in one process (TicktackState.h).
+    PromptState *prompt = AppState::promptState();
+    TicktackState *breakState = AppState::breakState();
+    connect(prompt, &PromptState::promptChanged, this, [this, prompt] {
+        send({QStringLiteral("prompt"), prompt->prompt()});
+    });
+    connect(prompt, &PromptState::showSkipButtonChanged, this, [this, prompt] {
+        send({QStringLiteral("showSkipButton"), prompt->showSkipButton()});
+    });
+    connect(breakState, &TicktackState::timeStringChanged, this, [this, breakState] {
+        send({QStringLiteral("breakTime"), breakState->timeString()});
+    });
+    connect(breakState, &TicktackState::timesUpChanged, this, [this, breakState] {
+        send({QStringLiteral("breakTimesUp"), breakState->timesUp()});
+    });
+    connect(AppState::workState(), &TicktackState::timeStringChanged, this,
+            &ViewsProcess::onWorkTick);
+}
+
+ViewsProcess::~ViewsProcess()
+{
+    // Its end of the line closes with ours, and it ends.
+    delete m_channel;
+    if (m_process && !m_process->waitForFinished(2000))
+        m_process->kill();
+}
+
+qint64 ViewsProcess::processId() const
+{
+    return m_channel && m_process ? m_process->processId() : 0;
+}
+
+bool ViewsProcess::start()
+{
+    if (m_channel)
+        return true;
+    int fds[2];
+    if (!MessageChannel::makePair(fds)) {
+        LOG_ERROR(QStringLiteral("cannot start the window process: no socket (%1)")
+                      .arg(QString::fromLocal8Bit(std::strerror(errno))));
+        return false;
+    }
+    const int childEnd = fds[1];
+    auto *process = new QProcess(this);
+    process->setProgram(QCoreApplication::applicationFilePath());
+    process->setArguments({QStringLiteral("--views")});
+    process->setProcessChannelMode(QProcess::ForwardedChannels);
+    process->setInputChannelMode(QProcess::ForwardedInputChannel);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("NARV_VIEWS_FD"), QString::number(childEnd));
+    process->setProcessEnvironment(environment);
+    // Runs in the child between fork and exec: the one descriptor it inherits.
+    process->setChildProcessModifier([childEnd] { ::fcntl(childEnd, F_SETFD, 0); });
+    connect(process, &QProcess::finished, this, [process](int code, QProcess::ExitStatus status) {
+        if (status == QProcess::CrashExit)
+            LOG_ERROR(QStringLiteral("the window process crashed"));
+        else if (code != 0)
+            LOG_ERROR(QStringLiteral("the window process ended with exit code %1").arg(code));
+        process->deleteLater();
+    });
+    connect(process, &QProcess::errorOccurred, this, [process](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            LOG_ERROR(QStringLiteral("cannot start the window process: ") + process->errorString());
+            process->deleteLater();
+        }
+    });
+    process->start();
+    ::close(childEnd);
+
+    m_process = process;
+    m_channel = new MessageChannel(fds[0], this);
+    connect(m_channel, &MessageChannel::received, this, &ViewsProcess::onReceived);
+    connect(m_channel, &MessageChannel::closed, this, &ViewsProcess::onClosed);
+    m_sent = 0;
+    m_reportedAfter = 0;
+    m_anyVisible = false;
+    m_waterVisible = false;
+    LOG_INFO(QStringLiteral("window process %1 started").arg(process->processId()));
+    sendStates();
+    return true;
+}
+
+void ViewsProcess::sendStates()
+{
+    PromptState *prompt = AppState::promptState();
+    TicktackState *breakState = AppState::breakState();
+    send({QStringLiteral("prompt"), prompt->prompt()});
+    send({QStringLiteral("showSkipButton"), prompt->showSkipButton()});
+    send({QStringLiteral("breakTime"), breakState->timeString()});
+    send({QStringLiteral("breakTimesUp"), breakState->timesUp()});
+}
+
+void ViewsProcess::send(const QVariantList &message)
+{
+    if (!m_channel)
+        return;
+    ++m_sent;
+    m_channel->send(message);
+}
+
+// Starts the window process when there is none.
+void ViewsProcess::command(const QVariantList &message)
+{
+    if (start())
+        send(message);
+}
+
+void ViewsProcess::prepareBreak()
+{
+    m_breakNear = true;
+    command({QStringLiteral("prepareBreak")});
+}
+
+void ViewsProcess::showBreak()
+{
+    m_breakNear = false;
+    m_breakShown = true;
+    command({QStringLiteral("showBreak")});
+}
+
+void ViewsProcess::closeBreak()
+{
+    m_breakShown = false;
+    send({QStringLiteral("closeBreak")});
+}
+
+void ViewsProcess::showAbout()
+{
+    command({QStringLiteral("showAbout")});
+}
+
+void ViewsProcess::showPrefView()
+{
+    command({QStringLiteral("showPrefView")});
+}
+
+void ViewsProcess::showWaterView()
+{
+    m_waterVisible = true;
+    command({QStringLiteral("showWaterView")});
+}
+
+void ViewsProcess::closeWaterView()
+{
+    m_waterVisible = false;
+    send({QStringLiteral("closeWaterView")});
+}
+
+bool ViewsProcess::isWaterViewVisible() const
+{
+    return m_waterVisible;
+}
+
+void ViewsProcess::showUpdate(const AppcastItem &item)
+{
+    command({QStringLiteral("showUpdate"), item.title, item.version, item.shortVersion,
+             item.releaseNotesLink, item.downloadLink});
+}
+
+void ViewsProcess::showUpToDate()
+{
+    command({QStringLiteral("showUpToDate")});
+}
+
+void ViewsProcess::showFailure(const QString &reason)
+{
+    command({QStringLiteral("showFailure"), reason});
+}
+
+void ViewsProcess::onReceived(const QVariantList &message)
+{
+    const QString name = message.value(0).toString();
+    if (name == QLatin1String("call")) {
+        RemoteCalls::perform(message.mid(1));
+    } else if (name == QLatin1String("windows")) {
+        // ["windows", messages read, break shown, water panel shown, any window shown]
+        m_reportedAfter = message.value(1).toULongLong();
+        // A report older than the last command says nothing of what that
+        // command opened.
+        if (m_reportedAfter != m_sent)
+            return;
+        m_breakShown = message.value(2).toBool();
+        m_waterVisible = message.value(3).toBool();
+        m_anyVisible = message.value(4).toBool();
+        endIfIdle();
+    } else {
+        LOG_ERROR(QStringLiteral("the window process sent an unknown message: ") + name);
+    }
+}
+
+// Nothing on the screen and no break near: the process goes, and with it
+// what it holds.
+void ViewsProcess::endIfIdle()
+{
+    if (!m_channel || m_anyVisible || m_breakShown || m_waterVisible)
+        return;
+    const qint64 left = TicktackController::remaining(AppState::workState());
+    if (m_breakNear && left >= 0 && left <= breakLeadSeconds)
+        return;
+    m_breakNear = false;
+    LOG_INFO(QStringLiteral("no window left: the window process ends"));
+    // Its end of the line closes with ours, and it quits.
+    disconnect(m_channel, nullptr, this, nullptr);
+    delete m_channel;
+}
+
+void ViewsProcess::onClosed()
+{
+    m_channel->deleteLater();
+    m_channel = nullptr;
+    m_anyVisible = false;
+    m_waterVisible = false;
+    Q_EMIT processEnded();
+    if (m_breakShown) {
+        // Nothing would end the break now; the user is not kept from working.
+        m_breakShown = false;
+        LOG_ERROR(QStringLiteral("the break windows went away with their process: the break ends"));
+        AppState::promptState()->closePrompt();
+    }
+}
+
+void ViewsProcess::onWorkTick()
+{
+    if (m_breakNear)
+        return;
+    const qint64 left = TicktackController::remaining(AppState::workState());
+    if (left >= 0 && left <= breakLeadSeconds)
+        prepareBreak();
+}
