@@ -19,3 +19,8 @@ set_tests_properties(tst_breakwindows PROPERTIES ENVIRONMENT "LC_ALL=C.UTF-8" TI
 add_test(NAME e2e_break_windows
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/break_windows.sh $<TARGET_FILE:narv>)
 set_tests_properties(e2e_break_windows PROPERTIES TIMEOUT 180)
+
+# The window process's line to the counting process and its lifetime, with
+# this test program standing in for the window process.
+narv_add_core_test(tst_viewsprocess views/tst_viewsprocess.cpp)
+target_link_libraries(tst_viewsprocess PRIVATE narv_viewloader)

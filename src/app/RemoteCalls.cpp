@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/Log.h"
 #include "settings/PrefWaterState.h"
+#include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
 
 #include <QHash>
@@ -54,6 +55,10 @@ bool RemoteCalls::perform(const QVariantList &call)
         LOG_ERROR(QStringLiteral("the window process asked for an unknown call: ") + name);
         return false;
     }
+    // A call comes right after the settings the window process wrote for it
+    // (a new work time, then the restart), sooner than the file watcher
+    // would tell: read them first.
+    PreferencesStore::instance().reload();
     it.value()(call.mid(1));
     return true;
 }

@@ -20,6 +20,8 @@ narv_on_xvfb_and_bus "$0" "$@"
 # each break. Every second break is long (two minutes) and may not be
 # skipped. The prompt is typed with backslash-n, as in the settings window
 # (\\ in the INI file). Nothing is to leave the machine: no update check.
+narv_scratch_home
+start_watcher
 narv_start <<'CONF'
 [General]
 pref.work.time=0
@@ -63,7 +65,9 @@ ok "one window per monitor, covering it, above, sticky, borderless, out of taskb
 
 capsules() { shot && blue_on left | grep -q capsule && blue_on right | grep -q capsule; }
 wait_for 10 capsules || fail "no Skip capsule on both monitors"
-! mapped libQt6QuickTemplates2 || fail "Qt Quick Controls are loaded for a break"
+views=$(views_pid)
+[[ -n $views ]] || fail "no window process draws the break"
+! pid=$views mapped libQt6QuickTemplates2 || fail "Qt Quick Controls are loaded for a break"
 ok "Skip on both monitors, without Qt Quick Controls"
 if [[ -n ${NARV_SCREENSHOT:-} ]]; then
     python3 "$here/xshot.py" png "$home/shot.xwd" "$NARV_SCREENSHOT"
@@ -104,8 +108,8 @@ wait_for 10 gone || fail "the break windows stay after the break"
 same_windows || fail "the closed break windows were destroyed, not kept"
 # Hidden, they keep no backing store: a 1280x800 window's would be 4000 KiB of
 # memory shared with the X server. What is left is the settings window's.
-small_shmem() { [[ $(shmem_kib) -lt 2000 ]]; }
-wait_for 5 small_shmem || fail "the hidden break windows keep $(shmem_kib) KiB of shared memory"
+small_shmem() { [[ $(pid=$views shmem_kib) -lt 2000 ]]; }
+wait_for 5 small_shmem || fail "the hidden break windows keep $(pid=$views shmem_kib) KiB of shared memory"
 ok "the break windows go when the break ends, kept for the next without their pixels"
 
 narv_stop

@@ -62,6 +62,19 @@ count() { log | grep -c -- "$1" || true; }
 # The log has a line matching $1, at least $2 (1) of them.
 logged() { [[ $(count "$1") -ge ${2:-1} ]]; }
 mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
+# A StatusNotifierWatcher on the bus, as most panels have: narv then counts
+# in a process without QtGui and draws its windows in a second one.
+start_watcher() {
+    "${fakewatcher:-$(dirname "$narv")/narv_fakewatcher}" >>"$home/watcher.out" &
+    watcher=$!
+    for _ in $(seq 1 50); do
+        dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+            string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true" && return 0
+        sleep 0.1
+    done
+    echo "FAIL: the watcher did not come up"
+    exit 1
+}
 # The window process narv started, if there is one now.
 views_pid() { pgrep -P "$pid" -f -- "--views" | head -1; }
 shmem_kib() { awk '/^RssShmem:/ { print $2 }' "/proc/$pid/status"; }

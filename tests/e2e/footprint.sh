@@ -23,17 +23,6 @@ watcher=
 unset XDG_SESSION_TYPE
 # Nothing here goes out to the network: a proxy that is not there.
 export http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 no_proxy=
-start_watcher() {
-    "$fakewatcher" >>"$home/watcher.out" &
-    watcher=$!
-    for _ in $(seq 1 50); do
-        dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
-            string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true" && return 0
-        sleep 0.1
-    done
-    echo "FAIL: the watcher did not come up"
-    exit 1
-}
 narv_scratch_home
 start_watcher
 # A two-minute period: the first break comes when the test makes it come.

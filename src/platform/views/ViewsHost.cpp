@@ -64,6 +64,10 @@ void ViewsHost::onReceived(const QVariantList &message)
     } else if (name == QLatin1String("showPrefView")) {
         m_windows.showPrefView();
     } else if (name == QLatin1String("showWaterView")) {
+        // Where the user last put the panel, in an earlier window process.
+        m_water = m_windows.waterWindow();
+        if (message.size() >= 3)
+            m_water->setPosition(message.value(1).toInt(), message.value(2).toInt());
         m_windows.showWaterView();
     } else if (name == QLatin1String("closeWaterView")) {
         m_windows.closeWaterView();
@@ -122,8 +126,11 @@ void ViewsHost::report()
     bool anyShown = false;
     for (const QWindow *window : QGuiApplication::topLevelWindows())
         anyShown = anyShown || window->isVisible();
-    m_channel.send(
-        {QStringLiteral("windows"), m_read, breakShown, m_windows.isWaterViewVisible(), anyShown});
+    QVariantList report{QStringLiteral("windows"), m_read, breakShown,
+                        m_windows.isWaterViewVisible(), anyShown};
+    if (m_water)
+        report << m_water->x() << m_water->y();
+    m_channel.send(report);
 }
 
 extern "C" Q_DECL_EXPORT int narv_views_run(int &argc, char **argv)

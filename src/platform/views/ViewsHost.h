@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QVariantList>
 
 class MessageChannel;
 class QmlWindowBackend;
+class QQuickView;
 class UpdatePresenter;
 
 // The window process's side of ViewsProcess: runs what the counting process
@@ -27,6 +29,7 @@ private:
 
     MessageChannel &m_channel;
     QmlWindowBackend &m_windows;
-    quint64 m_read = 0; // messages read so far
+    QPointer<QQuickView> m_water; // once the water panel is made
+    quint64 m_read = 0;           // messages read so far
     bool m_reportPending = false;
 };

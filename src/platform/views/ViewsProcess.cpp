@@ -93,10 +93,10 @@ bool ViewsProcess::start()
     m_channel = new MessageChannel(fds[0], this);
     connect(m_channel, &MessageChannel::received, this, &ViewsProcess::onReceived);
     connect(m_channel, &MessageChannel::closed, this, &ViewsProcess::onClosed);
+    // What was shown went with the last process (onClosed()); what is being
+    // opened now is not reported yet.
     m_sent = 0;
     m_reportedAfter = 0;
-    m_anyVisible = false;
-    m_waterVisible = false;
     LOG_INFO(QStringLiteral("window process %1 started").arg(process->processId()));
     sendStates();
     return true;
@@ -159,7 +159,10 @@ void ViewsProcess::showPrefView()
 void ViewsProcess::showWaterView()
 {
     m_waterVisible = true;
-    command({QStringLiteral("showWaterView")});
+    QVariantList message{QStringLiteral("showWaterView")};
+    if (m_waterPosition)
+        message << m_waterPosition->x() << m_waterPosition->y();
+    command(message);
 }
 
 void ViewsProcess::closeWaterView()
@@ -195,7 +198,10 @@ void ViewsProcess::onReceived(const QVariantList &message)
     if (name == QLatin1String("call")) {
         RemoteCalls::perform(message.mid(1));
     } else if (name == QLatin1String("windows")) {
-        // ["windows", messages read, break shown, water panel shown, any window shown]
+        // ["windows", messages read, break shown, water panel shown, any
+        // window shown, and once the panel is made its x and y]
+        if (message.size() >= 7)
+            m_waterPosition = QPoint(message.value(5).toInt(), message.value(6).toInt());
         m_reportedAfter = message.value(1).toULongLong();
         // A report older than the last command says nothing of what that
         // command opened.

@@ -4,8 +4,11 @@
 #include "windows/WindowController.h"
 
 #include <QObject>
+#include <QPoint>
 #include <QPointer>
 #include <QVariantList>
+
+#include <optional>
 
 class MessageChannel;
 class QProcess;
@@ -72,4 +75,7 @@ private:
     bool m_waterVisible = false;
     bool m_breakShown = false; // between showBreak() and closeBreak() or the windows' own close
     bool m_breakNear = false;  // prepareBreak() since the last break
+    // Where the user left the water panel: kept here, as the process that
+    // showed it goes once the panel is closed.
+    std::optional<QPoint> m_waterPosition;
 };
