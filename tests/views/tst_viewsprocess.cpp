@@ -217,8 +217,8 @@ private Q_SLOTS:
     }
 
     // Ten seconds before a break the window process is started and told to
-    // get the break windows ready, and stays while the break is near; the
-    // break countdown goes along; a window process that goes during the
+    // get the break windows ready, and stays while the break is near (not
+    // when work starts over); the break countdown goes along; a window process that goes during the
     // break ends the break, and work starts again.
     void breaks()
     {
@@ -232,14 +232,21 @@ private Q_SLOTS:
         QTest::qWait(300);
         QVERIFY2(exists(pid), "the window process went with a break near");
 
+        // Work starts over (a new work time): the break is not near any more.
+        TicktackController::work(600);
+        m_ticks.advance();
+        QTRY_VERIFY2(!exists(pid), "the window process stays for a break that is not near");
+
+        QFile::remove(m_record);
         views.showBreak();
+        const qint64 breakPid = views.processId();
         TicktackController::startBreak(30);
         m_ticks.advance();
         QTRY_COMPARE(recorded().count(QStringLiteral("breakTime")), 3);
 
         const int said =
             LogTail::count("the break windows went away with their process: the break ends");
-        ::kill(pid_t(pid), SIGKILL);
+        ::kill(pid_t(breakPid), SIGKILL);
         QTRY_COMPARE(
             LogTail::count("the break windows went away with their process: the break ends"),
             said + 1);

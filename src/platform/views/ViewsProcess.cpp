@@ -220,7 +220,9 @@ void ViewsProcess::onReceived(const QVariantList &message)
 // what it holds.
 void ViewsProcess::endIfIdle()
 {
-    if (!m_channel || m_anyVisible || m_breakShown || m_waterVisible)
+    // Not before the process has answered everything it was asked: what it
+    // was last asked to show may not be on the screen yet.
+    if (!m_channel || m_reportedAfter != m_sent || m_anyVisible || m_breakShown || m_waterVisible)
         return;
     const qint64 left = TicktackController::remaining(AppState::workState());
     if (m_breakNear && left >= 0 && left <= breakLeadSeconds)
@@ -249,9 +251,14 @@ void ViewsProcess::onClosed()
 
 void ViewsProcess::onWorkTick()
 {
-    if (m_breakNear)
-        return;
     const qint64 left = TicktackController::remaining(AppState::workState());
-    if (left >= 0 && left <= breakLeadSeconds)
+    const bool near = left >= 0 && left <= breakLeadSeconds;
+    if (near && !m_breakNear) {
         prepareBreak();
+    } else if (!near && m_breakNear) {
+        // The work period started again (a new work time, a resume): the
+        // break that was near is not.
+        m_breakNear = false;
+        endIfIdle();
+    }
 }
