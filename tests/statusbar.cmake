@@ -13,6 +13,10 @@ endfunction()
 # The menu model, the water item, the actions, the feedback text, translations.
 narv_add_core_test(tst_menu statusbar/tst_menu.cpp)
 
+# The icon theme lookup that stands in for QIcon's in the counting process.
+narv_add_core_test(tst_icontheme statusbar/tst_icontheme.cpp)
+target_link_libraries(tst_icontheme PRIVATE narv_tray)
+
 # The item and its menu read the way a panel reads them, with a small
 # StatusNotifierWatcher of the test's own.
 narv_add_bus_test(tst_tray statusbar/tst_tray.cpp statusbar/FakeStatusNotifierWatcher.h)

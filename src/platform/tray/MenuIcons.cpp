@@ -1,5 +1,7 @@
 #include "MenuIcons.h"
 
+#include "IconTheme.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QHash>
@@ -39,8 +41,7 @@ QString MenuIcons::themeName(const QString &symbol)
 
 bool MenuIcons::themeHas(const QString &symbol)
 {
-    const QString name = themeName(symbol);
-    return !name.isEmpty() && QIcon::hasThemeIcon(name);
+    return IconTheme::current().has(themeName(symbol));
 }
 
 QByteArray MenuIcons::bundledPng(const QString &symbol, int size)
@@ -57,8 +58,10 @@ QByteArray MenuIcons::bundledPng(const QString &symbol, int size)
 
 QIcon MenuIcons::icon(const QString &symbol)
 {
-    if (themeHas(symbol))
-        return QIcon::fromTheme(themeName(symbol));
+    // QIcon draws from the theme Qt's platform theme names: ask it the same.
+    const QString name = themeName(symbol);
+    if (!name.isEmpty() && QIcon::hasThemeIcon(name))
+        return QIcon::fromTheme(name);
     if (symbol.isEmpty() || !QFile::exists(bundledPath(symbol)))
         return {};
     return QIcon(bundledPath(symbol));

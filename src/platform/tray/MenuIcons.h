@@ -10,7 +10,8 @@
 namespace MenuIcons {
 // The freedesktop name standing for the symbol; empty when there is none.
 QString themeName(const QString &symbol);
-// True when the icon theme in use draws the symbol's freedesktop name.
+// True when the session's icon theme (IconTheme::current()) has the symbol's
+// freedesktop name.
 bool themeHas(const QString &symbol);
 // Our own drawing of the symbol as PNG bytes; empty for an unknown symbol.
 QByteArray bundledPng(const QString &symbol, int size);

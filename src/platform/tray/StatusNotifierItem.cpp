@@ -1,13 +1,13 @@
 #include "StatusNotifierItem.h"
 
 #include "DBusMenuExporter.h"
+#include "IconTheme.h"
 #include "MainLoopBus.h"
 #include "app/AppInfo.h"
 #include "app/Log.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QIcon>
 #include <QPainter>
 #include <QSvgRenderer>
 
@@ -147,7 +147,7 @@ StatusNotifierItem::StatusNotifierItem(MainLoopBus *bus, QObject *parent)
         m_pixmaps.append(DBusImage::fromImage(emblem(size)));
     // Once our icon is installed into the icon theme, panels can draw it at
     // any size themselves; until then they have the pixmaps.
-    if (QIcon::hasThemeIcon(AppInfo::identifier()))
+    if (IconTheme::current().has(AppInfo::identifier()))
         m_iconName = AppInfo::identifier();
 
     m_serviceName =
