@@ -131,6 +131,7 @@ private Q_SLOTS:
     void everyPropertyHasItsDeclaredType_data();
     void everyPropertyHasItsDeclaredType();
     void propertiesAreReadOnlyAndUnknownNamesAreErrors();
+    void menuTextDirectionIsTheLocales();
     void emblemIsTheIconFontGlyph();
     void textSignalsAreWhatLibdbusWrites_data();
     void textSignalsAreWhatLibdbusWrites();
@@ -280,6 +281,26 @@ void TestTrayInterfaces::propertiesAreReadOnlyAndUnknownNamesAreErrors()
     // The item's clicks are answered, and change nothing.
     reply = call(QStringLiteral("/StatusNotifierItem"), sni, QStringLiteral("Activate"), {10, 10});
     QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
+}
+
+void TestTrayInterfaces::menuTextDirectionIsTheLocales()
+{
+    const auto direction = [this] {
+        return call(QStringLiteral("/MenuBar"), QStringLiteral("org.freedesktop.DBus.Properties"),
+                    QStringLiteral("Get"),
+                    {QStringLiteral("com.canonical.dbusmenu"), QStringLiteral("TextDirection")})
+            .arguments()
+            .value(0)
+            .value<QDBusVariant>()
+            .variant()
+            .toString();
+    };
+    QCOMPARE(direction(), QStringLiteral("ltr"));
+    // No translation of ours is right to left; a desktop in Hebrew still is.
+    QLocale::setDefault(QLocale(QLocale::Hebrew, QLocale::Israel));
+    QCOMPARE(direction(), QStringLiteral("rtl"));
+    QLocale::setDefault(QLocale::c());
+    QCOMPARE(direction(), QStringLiteral("ltr"));
 }
 
 void TestTrayInterfaces::emblemIsTheIconFontGlyph()
