@@ -100,7 +100,7 @@ QVariantMap DBusMenuExporter::properties(const MenuItem &item)
         if (MenuIcons::themeHas(item.image)) {
             map.insert(QStringLiteral("icon-name"), MenuIcons::themeName(item.image));
         } else {
-            const QByteArray png = MenuIcons::bundledPng(item.image, 16);
+            const QByteArray png = MenuIcons::bundledPng(item.image);
             if (!png.isEmpty())
                 map.insert(QStringLiteral("icon-data"), png);
         }

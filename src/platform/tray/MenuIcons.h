@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QIcon>
 #include <QString>
 
 // The menu's symbol names ("stop.circle", "gearshape.circle", ...) as icons on
@@ -13,8 +12,7 @@ QString themeName(const QString &symbol);
 // True when the session's icon theme (IconTheme::current()) has the symbol's
 // freedesktop name.
 bool themeHas(const QString &symbol);
-// Our own drawing of the symbol as PNG bytes; empty for an unknown symbol.
-QByteArray bundledPng(const QString &symbol, int size);
-// The theme's icon, else our own drawing; a null icon for an unknown symbol.
-QIcon icon(const QString &symbol);
+// Our own drawing of the symbol as a 16 px PNG, drawn while building
+// (make_tray_images); empty for an unknown symbol.
+QByteArray bundledPng(const QString &symbol);
 } // namespace MenuIcons
