@@ -132,6 +132,7 @@ private Q_SLOTS:
     void everyPropertyHasItsDeclaredType();
     void propertiesAreReadOnlyAndUnknownNamesAreErrors();
     void menuTextDirectionIsTheLocales();
+    void linksNoQtGui();
     void imagesWithoutQtGui();
     void textSignalsAreWhatLibdbusWrites_data();
     void textSignalsAreWhatLibdbusWrites();
@@ -304,6 +305,20 @@ void TestTrayInterfaces::menuTextDirectionIsTheLocales()
     QCOMPARE(direction(), QStringLiteral("rtl"));
     QLocale::setDefault(QLocale::c());
     QCOMPARE(direction(), QStringLiteral("ltr"));
+}
+
+void TestTrayInterfaces::linksNoQtGui()
+{
+    // What narv_tray links itself, as the build has it: the linker drops a
+    // library nothing uses, so the process alone would not show a stray one.
+    QStringList links = QString::fromUtf8(NARV_TRAY_LINKS).split(u' ', Qt::SkipEmptyParts);
+    links.sort();
+    QCOMPARE(links, (QStringList{QStringLiteral("PkgConfig::DBUS1"), QStringLiteral("Qt6::Core"),
+                                 QStringLiteral("Qt6::DBus"), QStringLiteral("narv_core")}));
+    // And nothing the item and the menu did here loaded QtGui.
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    QVERIFY(maps.open(QIODevice::ReadOnly));
+    QVERIFY2(!maps.readAll().contains("libQt6Gui"), "the status item brought QtGui along");
 }
 
 void TestTrayInterfaces::imagesWithoutQtGui()
