@@ -13,6 +13,17 @@ endfunction()
 # The menu model, the water item, the actions, the feedback text, translations.
 narv_add_core_test(tst_menu statusbar/tst_menu.cpp)
 
+# The icon theme lookup that stands in for QIcon's in the counting process.
+narv_add_core_test(tst_icontheme statusbar/tst_icontheme.cpp)
+target_link_libraries(tst_icontheme PRIVATE narv_tray)
+
+# The emblem and menu icons the build drew, against QtGui drawing them now.
+narv_add_gui_test(tst_trayimages statusbar/tst_trayimages.cpp)
+target_link_libraries(tst_trayimages PRIVATE narv_tray narv_trayimages)
+target_compile_definitions(tst_trayimages PRIVATE
+    NARV_EMBLEM_SVG="${CMAKE_SOURCE_DIR}/resources/iconfont/narv.svg"
+    NARV_MENU_ICONS_DIR="${CMAKE_SOURCE_DIR}/resources/icons/menu")
+
 # The item and its menu read the way a panel reads them, with a small
 # StatusNotifierWatcher of the test's own.
 narv_add_bus_test(tst_tray statusbar/tst_tray.cpp statusbar/FakeStatusNotifierWatcher.h)

@@ -2,8 +2,9 @@
 // files, read the way a panel reads them, over a private session bus (the test
 // runs under dbus-run-session): Introspect says what the file says, every
 // property comes with the type the file gives it, the properties are
-// read-only, unknown names are errors. The item's emblem, drawn from the
-// icon font's SVG source, is the icon font's glyph. And the label signals the
+// read-only, unknown names are errors. Like the counting process, this is a
+// QCoreApplication without QtGui: the emblem and the menu's own icons, drawn
+// while building, reach the panel all the same. And the label signals the
 // item writes onto its socket itself are, byte for byte, what libdbus writes.
 //
 // The item lives in this process on its own main-thread connection; the
@@ -13,10 +14,11 @@
 #include "TestSupport.h"
 
 #include "DBusMenuExporter.h"
+#include "DBusPlain.h"
 #include "MainLoopBus.h"
 #include "StatusNotifierItem.h"
-#include "app/IconFont.h"
 
+#include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -27,8 +29,6 @@
 #include <QDBusReply>
 #include <QDBusVariant>
 #include <QFile>
-#include <QGuiApplication>
-#include <QImage>
 #include <QTest>
 #include <QXmlStreamReader>
 
@@ -131,7 +131,9 @@ private Q_SLOTS:
     void everyPropertyHasItsDeclaredType_data();
     void everyPropertyHasItsDeclaredType();
     void propertiesAreReadOnlyAndUnknownNamesAreErrors();
-    void emblemIsTheIconFontGlyph();
+    void menuTextDirectionIsTheLocales();
+    void linksNoQtGui();
+    void imagesWithoutQtGui();
     void textSignalsAreWhatLibdbusWrites_data();
     void textSignalsAreWhatLibdbusWrites();
     void textSignalsArriveInOrderThroughAFullSocket();
@@ -150,6 +152,9 @@ void TestTrayInterfaces::initTestCase()
 {
     QVERIFY2(QDBusConnection::sessionBus().isConnected(), "run this under dbus-run-session");
     m_home.emplace();
+    // No icon theme: every menu item then carries our own drawing.
+    qputenv("XDG_DATA_HOME", (m_home->path() + QStringLiteral("/data")).toUtf8());
+    qputenv("XDG_DATA_DIRS", (m_home->path() + QStringLiteral("/system")).toUtf8());
     QString error;
     m_bus = MainLoopBus::connectToSessionBus(&error);
     QVERIFY2(m_bus, qPrintable(error));
@@ -282,59 +287,88 @@ void TestTrayInterfaces::propertiesAreReadOnlyAndUnknownNamesAreErrors()
     QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
 }
 
-void TestTrayInterfaces::emblemIsTheIconFontGlyph()
+void TestTrayInterfaces::menuTextDirectionIsTheLocales()
+{
+    const auto direction = [this] {
+        return call(QStringLiteral("/MenuBar"), QStringLiteral("org.freedesktop.DBus.Properties"),
+                    QStringLiteral("Get"),
+                    {QStringLiteral("com.canonical.dbusmenu"), QStringLiteral("TextDirection")})
+            .arguments()
+            .value(0)
+            .value<QDBusVariant>()
+            .variant()
+            .toString();
+    };
+    QCOMPARE(direction(), QStringLiteral("ltr"));
+    // No translation of ours is right to left; a desktop in Hebrew still is.
+    QLocale::setDefault(QLocale(QLocale::Hebrew, QLocale::Israel));
+    QCOMPARE(direction(), QStringLiteral("rtl"));
+    QLocale::setDefault(QLocale::c());
+    QCOMPARE(direction(), QStringLiteral("ltr"));
+}
+
+void TestTrayInterfaces::linksNoQtGui()
+{
+    // What narv_tray links itself, as the build has it: the linker drops a
+    // library nothing uses, so the process alone would not show a stray one.
+    QStringList links = QString::fromUtf8(NARV_TRAY_LINKS).split(u' ', Qt::SkipEmptyParts);
+    links.sort();
+    QCOMPARE(links, (QStringList{QStringLiteral("PkgConfig::DBUS1"), QStringLiteral("Qt6::Core"),
+                                 QStringLiteral("Qt6::DBus"), QStringLiteral("narv_core")}));
+    // And nothing the item and the menu did here loaded QtGui.
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    QVERIFY(maps.open(QIODevice::ReadOnly));
+    QVERIFY2(!maps.readAll().contains("libQt6Gui"), "the status item brought QtGui along");
+}
+
+void TestTrayInterfaces::imagesWithoutQtGui()
 {
     const QDBusMessage reply =
         call(QStringLiteral("/StatusNotifierItem"),
              QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
              {QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("IconPixmap")});
     QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
-    const QDBusArgument images =
-        reply.arguments().value(0).value<QDBusVariant>().variant().value<QDBusArgument>();
-    // Several square sizes, four bytes a pixel; the 32 px one compared below.
-    QByteArray argb; // A R G B bytes
-    int sizes = 0;
-    images.beginArray();
-    while (!images.atEnd()) {
-        int w = 0, h = 0;
-        QByteArray data;
-        images.beginStructure();
-        images >> w >> h >> data;
-        images.endStructure();
-        QCOMPARE(w, h);
-        QCOMPARE(data.size(), w * h * 4);
+    // (width, height, A R G B bytes) at each size; how they look is tst_trayimages' business.
+    QList<int> sizes;
+    for (const QVariant &image : plain(reply.arguments().value(0)).toList()) {
+        const QVariantList fields = image.toList();
+        const int w = fields.value(0).toInt();
+        const QByteArray data = fields.value(2).toByteArray();
+        QCOMPARE(fields.value(1).toInt(), w);
+        QCOMPARE(data.size(), w * w * 4);
         int opaque = 0; // something drawn at every size
         for (int i = 0; i < data.size(); i += 4)
             opaque += quint8(data.at(i)) == 0xff;
         QVERIFY2(opaque > w, qPrintable(QString::number(w)));
-        ++sizes;
-        if (w == 32)
-            argb = data;
+        sizes.append(w);
     }
-    images.endArray();
-    QVERIFY(sizes >= 3);
-    QCOMPARE(argb.size(), 32 * 32 * 4);
+    QCOMPARE(sizes, (QList<int>{16, 22, 32, 48}));
 
-    const QImage glyph =
-        IconFont::loadIcon(IconFont::narv, 32, Qt::black).convertToFormat(QImage::Format_ARGB32);
-    long difference = 0;
-    int covered = 0;
-    for (int y = 0; y < 32; ++y) {
-        for (int x = 0; x < 32; ++x) {
-            const int drawn = quint8(argb.at((y * 32 + x) * 4));
-            const int font = qAlpha(glyph.pixel(x, y));
-            difference += qAbs(drawn - font);
-            covered += font > 128 ? 1 : 0;
-        }
+    // Every item with a symbol has our 16 px PNG: no icon theme here.
+    const QDBusMessage layout =
+        call(QStringLiteral("/MenuBar"), QStringLiteral("com.canonical.dbusmenu"),
+             QStringLiteral("GetLayout"), {0, -1, QStringList()});
+    QCOMPARE(layout.type(), QDBusMessage::ReplyMessage);
+    int icons = 0;
+    for (const QVariant &child : plain(layout.arguments().value(1)).toList().value(2).toList()) {
+        const QVariantMap p = child.toList().value(1).toMap();
+        if (!p.contains(QStringLiteral("accessible-desc")))
+            continue;
+        const QByteArray png = p.value(QStringLiteral("icon-data")).toByteArray();
+        const QString symbol = p.value(QStringLiteral("accessible-desc")).toString();
+        QVERIFY2(png.startsWith("\x89PNG\r\n\x1a\n"), qPrintable(symbol));
+        // IHDR, the first chunk: width and height, big-endian.
+        QCOMPARE(png.mid(16, 8).toHex(), QByteArray("0000001000000010"));
+        QVERIFY(!p.contains(QStringLiteral("icon-name")));
+        ++icons;
     }
-    QVERIFY(covered > 100);
-    // The same outline, antialiased a little differently at the edges.
-    QVERIFY2(difference / (32 * 32) < 8, qPrintable(QString::number(difference / (32 * 32))));
+    // Settings, updates, feedback, About, Quit; start/stop has no symbol before the countdown runs.
+    QCOMPARE(icons, 5);
 }
 
 int main(int argc, char **argv)
 {
-    QGuiApplication app(argc, argv);
+    QCoreApplication app(argc, argv);
     TestTrayInterfaces test;
     return QTest::qExec(&test, argc, argv);
 }

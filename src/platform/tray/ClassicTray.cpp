@@ -26,15 +26,14 @@ bool ClassicTray::wanted()
     return !watcher;
 }
 
-std::unique_ptr<QGuiApplication> ClassicTray::createApplication(int &argc, char **argv,
-                                                                QString *error)
+ClassicTray::Application ClassicTray::createApplication(int &argc, char **argv, QString *error)
 {
-    using Create = QGuiApplication *(*)(int &, char **);
+    using Create = QCoreApplication *(*)(int &, char **);
     const Module::Entry found = Module::resolve(fileName, applicationEntry);
     if (error)
         *error = found.error;
     const auto create = reinterpret_cast<Create>(found.function);
-    return std::unique_ptr<QGuiApplication>(create ? create(argc, argv) : nullptr);
+    return Application(create ? create(argc, argv) : nullptr);
 }
 
 bool ClassicTray::isAvailable()

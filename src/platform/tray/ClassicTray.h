@@ -2,25 +2,47 @@
 
 #include "ClassicTrayIcon.h"
 
-#include <QGuiApplication>
+#include <QCoreApplication>
 
 #include <memory>
+#include <utility>
 
 // Where a desktop has a StatusNotifierWatcher (most panels), the status item
-// is a StatusNotifierItem and the program is a QGuiApplication: it holds no
-// QtWidgets. Only where none is on the bus at start is the classic tray icon
-// wanted, and with it a QApplication; both come from a module of their own,
-// narv_classictray, loaded then. A watcher that appears later takes over
-// from the classic icon; one that goes away from a QGuiApplication leaves
-// the program without a status item until a panel offers one again.
+// is a StatusNotifierItem over D-Bus, which needs neither QtWidgets nor QtGui.
+// Only where none is on the bus at start is the classic tray icon wanted, and
+// with it a QApplication; both come from a module of their own,
+// narv_classictray, loaded then. A watcher that appears later takes over from
+// the classic icon; one that goes away from a program started without the
+// module leaves it without a status item until a panel offers one again.
 namespace ClassicTray {
 // The module's file name.
 inline constexpr const char *fileName = "narv_classictray.so";
-// Makes the QApplication: QGuiApplication *(int &argc, char **argv).
+// Makes the QApplication: QCoreApplication *(int &argc, char **argv).
 inline constexpr const char *applicationEntry = "narv_classictray_create_application";
 // Makes the icon: ClassicTrayIcon *(QObject *parent), null when the session
 // has no system tray.
 inline constexpr const char *iconEntry = "narv_classictray_create_icon";
+
+// The module's QApplication, handed to whichever owning pointer the caller
+// keeps its application object in: std::unique_ptr<QCoreApplication>, or of
+// a QtGui or QtWidgets class a QApplication also is (the caller includes that
+// class's header; this library names none of them). Deletes the application
+// when nothing took it.
+class Application {
+public:
+    explicit Application(QCoreApplication *application) : m_application(application) {}
+    Application(const Application &) = delete;
+    Application &operator=(const Application &) = delete;
+    ~Application() { delete m_application; }
+
+    template <typename Class> operator std::unique_ptr<Class>() &&
+    {
+        return std::unique_ptr<Class>(static_cast<Class *>(std::exchange(m_application, nullptr)));
+    }
+
+private:
+    QCoreApplication *m_application;
+};
 
 // Whether the classic icon is wanted: no session bus, or no
 // StatusNotifierWatcher on it. Asked before the application object exists.
@@ -28,7 +50,7 @@ bool wanted();
 
 // A QApplication from the module; null, with the reason in `error`, when the
 // module cannot be loaded. Before the application object exists.
-std::unique_ptr<QGuiApplication> createApplication(int &argc, char **argv, QString *error);
+Application createApplication(int &argc, char **argv, QString *error);
 
 // Whether this process's application object can carry the classic icon.
 bool isAvailable();

@@ -9,8 +9,8 @@
 // resolves the core's symbols against the program (which exports them), so
 // the icon's menu is the program's one menu model.
 
-extern "C" Q_DECL_EXPORT QGuiApplication *narv_classictray_create_application(int &argc,
-                                                                              char **argv)
+extern "C" Q_DECL_EXPORT QCoreApplication *narv_classictray_create_application(int &argc,
+                                                                               char **argv)
 {
     auto *app = new QApplication(argc, argv);
     QGuiApplication::setApplicationDisplayName(AppInfo::name());

@@ -6,7 +6,7 @@
 #include "app/Log.h"
 #include "statusbar/StatusBarController.h"
 
-#include <QGuiApplication>
+#include <QLocale>
 
 using StatusBarController::MenuItem;
 
@@ -100,7 +100,7 @@ QVariantMap DBusMenuExporter::properties(const MenuItem &item)
         if (MenuIcons::themeHas(item.image)) {
             map.insert(QStringLiteral("icon-name"), MenuIcons::themeName(item.image));
         } else {
-            const QByteArray png = MenuIcons::bundledPng(item.image, 16);
+            const QByteArray png = MenuIcons::bundledPng(item.image);
             if (!png.isEmpty())
                 map.insert(QStringLiteral("icon-data"), png);
         }
@@ -151,8 +151,9 @@ void DBusMenuExporter::itemChanged(int id)
 
 QString DBusMenuExporter::textDirection() const
 {
-    return QGuiApplication::layoutDirection() == Qt::RightToLeft ? QStringLiteral("rtl")
-                                                                 : QStringLiteral("ltr");
+    // The language the desktop runs in: panels lay the menu out in it.
+    return QLocale().textDirection() == Qt::RightToLeft ? QStringLiteral("rtl")
+                                                        : QStringLiteral("ltr");
 }
 
 bool DBusMenuExporter::knows(int id) const

@@ -1,26 +1,9 @@
 #include "MenuIcons.h"
 
-#include <QBuffer>
+#include "IconTheme.h"
+
 #include <QFile>
 #include <QHash>
-#include <QImage>
-#include <QPixmap>
-
-// menu.qrc sits in a static library: naming its initializer pulls it into
-// the program. Q_INIT_RESOURCE has to be used outside any namespace.
-static void initIconsResource()
-{
-    Q_INIT_RESOURCE(menu);
-}
-
-namespace {
-QString bundledPath(const QString &symbol)
-{
-    static const bool initialized = (initIconsResource(), true);
-    Q_UNUSED(initialized);
-    return QStringLiteral(":/narv/icons/menu/") + symbol + QStringLiteral(".svg");
-}
-} // namespace
 
 QString MenuIcons::themeName(const QString &symbol)
 {
@@ -39,27 +22,13 @@ QString MenuIcons::themeName(const QString &symbol)
 
 bool MenuIcons::themeHas(const QString &symbol)
 {
-    const QString name = themeName(symbol);
-    return !name.isEmpty() && QIcon::hasThemeIcon(name);
+    return IconTheme::current().has(themeName(symbol));
 }
 
-QByteArray MenuIcons::bundledPng(const QString &symbol, int size)
+QByteArray MenuIcons::bundledPng(const QString &symbol)
 {
-    if (symbol.isEmpty() || !QFile::exists(bundledPath(symbol)))
+    if (symbol.isEmpty() || symbol.contains(u'/'))
         return {};
-    const QImage image = QIcon(bundledPath(symbol)).pixmap(size, size).toImage();
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return png;
-}
-
-QIcon MenuIcons::icon(const QString &symbol)
-{
-    if (themeHas(symbol))
-        return QIcon::fromTheme(themeName(symbol));
-    if (symbol.isEmpty() || !QFile::exists(bundledPath(symbol)))
-        return {};
-    return QIcon(bundledPath(symbol));
+    QFile file(QStringLiteral(":/narv/tray/menu/") + symbol + QStringLiteral(".png"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }

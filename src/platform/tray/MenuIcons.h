@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QIcon>
 #include <QString>
 
 // The menu's symbol names ("stop.circle", "gearshape.circle", ...) as icons on
@@ -10,10 +9,10 @@
 namespace MenuIcons {
 // The freedesktop name standing for the symbol; empty when there is none.
 QString themeName(const QString &symbol);
-// True when the icon theme in use draws the symbol's freedesktop name.
+// True when the session's icon theme (IconTheme::current()) has the symbol's
+// freedesktop name.
 bool themeHas(const QString &symbol);
-// Our own drawing of the symbol as PNG bytes; empty for an unknown symbol.
-QByteArray bundledPng(const QString &symbol, int size);
-// The theme's icon, else our own drawing; a null icon for an unknown symbol.
-QIcon icon(const QString &symbol);
+// Our own drawing of the symbol as a 16 px PNG, drawn while building
+// (make_tray_images); empty for an unknown symbol.
+QByteArray bundledPng(const QString &symbol);
 } // namespace MenuIcons

@@ -1,50 +1,24 @@
 #include "StatusNotifierItem.h"
 
 #include "DBusMenuExporter.h"
+#include "IconTheme.h"
 #include "MainLoopBus.h"
 #include "app/AppInfo.h"
 #include "app/Log.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
-#include <QIcon>
-#include <QPainter>
-#include <QSvgRenderer>
+#include <QMap>
 
-// emblem.qrc and interfaces.qrc sit in a static library: naming their
-// initializers pulls them into the program. Q_INIT_RESOURCE has to be used
-// outside any namespace.
-static void initEmblemResource()
-{
-    Q_INIT_RESOURCE(emblem);
-}
-
+// interfaces.qrc sits in a static library: naming its initializer pulls it
+// into the program. Q_INIT_RESOURCE has to be used outside any namespace.
 static void initInterfacesResource()
 {
     Q_INIT_RESOURCE(interfaces);
 }
 
 namespace {
-// A mid blue: panels draw the pixmap as it is, on light and dark backgrounds alike.
-const QColor emblemColor(0x3d, 0x9b, 0xd6);
-
-// The icon font's glyph "narv", drawn from the SVG the font is built from:
-// the same shape (its viewBox is the font's em square) without QFontDatabase
-// and fontconfig, which would stay resident for the rest of the process only
-// for these few pixmaps.
-QImage emblem(int size)
-{
-    QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QSvgRenderer svg(QStringLiteral(":/narv/tray/narv.svg"));
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    svg.render(&painter);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(image.rect(), emblemColor);
-    return image;
-}
-
 // a(iiay)
 void writeImages(DBusMessageIter *it, const DBusImageList &images)
 {
@@ -140,14 +114,10 @@ QString introspectionXml(const QString &interfaceFile)
 StatusNotifierItem::StatusNotifierItem(MainLoopBus *bus, QObject *parent)
     : QObject(parent), m_bus(bus)
 {
-    initEmblemResource();
-    // Panels poll the item often (some on every tooltip change, once a second
-    // here): a few sizes keep that cheap; panels scale the nearest one.
-    for (int size : {16, 22, 32, 48})
-        m_pixmaps.append(DBusImage::fromImage(emblem(size)));
+    m_pixmaps = emblemPixmaps();
     // Once our icon is installed into the icon theme, panels can draw it at
     // any size themselves; until then they have the pixmaps.
-    if (QIcon::hasThemeIcon(AppInfo::identifier()))
+    if (IconTheme::current().has(AppInfo::identifier()))
         m_iconName = AppInfo::identifier();
 
     m_serviceName =
@@ -172,6 +142,28 @@ StatusNotifierItem::StatusNotifierItem(MainLoopBus *bus, QObject *parent)
     });
     if (watcherPresent())
         registerWithWatcher();
+}
+
+DBusImageList StatusNotifierItem::emblemPixmaps()
+{
+    // "<size>.argb", as make_tray_images wrote them.
+    QMap<int, QByteArray> bySize;
+    const QDir folder(QStringLiteral(":/narv/tray/emblem"));
+    for (const QString &name : folder.entryList(QDir::Files)) {
+        const int size = QStringView(name).chopped(5).toInt();
+        QFile file(folder.filePath(name));
+        if (size > 0 && name.endsWith(QLatin1String(".argb")) && file.open(QIODevice::ReadOnly))
+            bySize.insert(size, file.readAll());
+    }
+    DBusImageList images;
+    for (auto it = bySize.cbegin(); it != bySize.cend(); ++it) {
+        if (it.value().size() == qsizetype(it.key()) * it.key() * 4)
+            images.append({it.key(), it.key(), it.value()});
+    }
+    if (images.isEmpty())
+        LOG_WARNING(QStringLiteral("the status item's emblem is missing from the program: "
+                                   "panels show it blank"));
+    return images;
 }
 
 StatusNotifierItem::~StatusNotifierItem()

@@ -37,6 +37,10 @@ public:
 
     QString label() const { return m_label; }
     DBusImageList iconPixmap() const { return m_pixmaps; }
+    // The emblem, smallest first, in the sizes the build drew it
+    // (make_tray_images): panels poll the item often, some on every tooltip
+    // change, so they get a few ready sizes and scale the nearest one.
+    static DBusImageList emblemPixmaps();
     DBusToolTip toolTip() const;
     // The widest time the label usually shows, so panels keep its width steady.
     static QString labelGuide() { return QStringLiteral("00:00"); }

@@ -1,23 +1,6 @@
 #include "StatusNotifierTypes.h"
 
 #include <QDBusMetaType>
-#include <QtEndian>
-
-DBusImage DBusImage::fromImage(const QImage &source)
-{
-    const QImage image = source.convertToFormat(QImage::Format_ARGB32);
-    DBusImage result;
-    result.width = image.width();
-    result.height = image.height();
-    result.data.resize(qsizetype(image.width()) * image.height() * 4);
-    auto *out = reinterpret_cast<quint32 *>(result.data.data());
-    for (int y = 0; y < image.height(); ++y) {
-        const auto *line = reinterpret_cast<const quint32 *>(image.constScanLine(y));
-        for (int x = 0; x < image.width(); ++x)
-            *out++ = qToBigEndian(line[x]); // the protocol wants A, R, G, B bytes in that order
-    }
-    return result;
-}
 
 QDBusArgument &operator<<(QDBusArgument &argument, const DBusImage &image)
 {

@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QDBusArgument>
-#include <QImage>
 #include <QList>
 #include <QString>
 
@@ -13,8 +12,6 @@ struct DBusImage {
     int width = 0;
     int height = 0;
     QByteArray data;
-
-    static DBusImage fromImage(const QImage &image);
 };
 using DBusImageList = QList<DBusImage>;
 

@@ -7,19 +7,44 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QFile>
+#include <QIcon>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
 using StatusBarController::MenuItem;
 
+// menu.qrc sits in a static library: naming its initializer pulls it into
+// the module. Q_INIT_RESOURCE has to be used outside any namespace.
+static void initIconsResource()
+{
+    Q_INIT_RESOURCE(menu);
+}
+
 namespace {
 const char *idProperty = "narvMenuId";
+
+// The symbol as the icon theme Qt uses here draws it (a QApplication has the
+// desktop's platform theme), else our own drawing, which a QIcon scales to
+// whatever the menu asks; a null icon for an unknown symbol.
+QIcon menuIcon(const QString &symbol)
+{
+    static const bool initialized = (initIconsResource(), true);
+    Q_UNUSED(initialized);
+    const QString name = MenuIcons::themeName(symbol);
+    if (!name.isEmpty() && QIcon::hasThemeIcon(name))
+        return QIcon::fromTheme(name);
+    const QString bundled = QStringLiteral(":/narv/icons/menu/") + symbol + QStringLiteral(".svg");
+    if (symbol.isEmpty() || !QFile::exists(bundled))
+        return {};
+    return QIcon(bundled);
+}
 
 void applyItem(QAction *action, const MenuItem &item)
 {
     // A lone "&" would turn into a mnemonic.
     action->setText(QString(item.title).replace(u'&', QStringLiteral("&&")));
-    action->setIcon(MenuIcons::icon(item.image));
+    action->setIcon(menuIcon(item.image));
     action->setEnabled(item.isEnabled());
 }
 } // namespace
