@@ -37,11 +37,11 @@ shown() { [[ -n $(windows_named "$1" --onlyvisible) ]]; }
 
 wait_for 20 logged " : sandbox home path: " || fail "narv did not start"
 sleep 1
-for piece in libQt6Quick libQt6Qml libQt6Widgets libQt6Network narv_views.so narv_update.so \
+for piece in libQt6Gui libQt6Quick libQt6Qml libQt6Widgets libQt6Network narv_views.so narv_update.so \
     narv_updatewindow.so narv_classictray.so /var/cache/fontconfig; do
     ! mapped "$piece" || fail "$piece is in the process before any window"
 done
-ok "counting: no Qt Quick, QML, QtWidgets, QtNetwork, module of its own or font list in the process"
+ok "counting: no QtGui, Qt Quick, QML, QtWidgets, QtNetwork, module of its own or font list in the process"
 
 # A bus connection of the status item's own: the item's name and the
 # program's own name have different owners.

@@ -26,14 +26,15 @@ bool ClassicTray::wanted()
     return !watcher;
 }
 
-ClassicTray::Application ClassicTray::createApplication(int &argc, char **argv, QString *error)
+std::unique_ptr<QCoreApplication> ClassicTray::createApplication(int &argc, char **argv,
+                                                                QString *error)
 {
     using Create = QCoreApplication *(*)(int &, char **);
     const Module::Entry found = Module::resolve(fileName, applicationEntry);
     if (error)
         *error = found.error;
     const auto create = reinterpret_cast<Create>(found.function);
-    return Application(create ? create(argc, argv) : nullptr);
+    return std::unique_ptr<QCoreApplication>(create ? create(argc, argv) : nullptr);
 }
 
 bool ClassicTray::isAvailable()

@@ -5,7 +5,6 @@
 #include <QCoreApplication>
 
 #include <memory>
-#include <utility>
 
 // Where a desktop has a StatusNotifierWatcher (most panels), the status item
 // is a StatusNotifierItem over D-Bus, which needs neither QtWidgets nor QtGui.
@@ -23,34 +22,13 @@ inline constexpr const char *applicationEntry = "narv_classictray_create_applica
 // has no system tray.
 inline constexpr const char *iconEntry = "narv_classictray_create_icon";
 
-// The module's QApplication, handed to whichever owning pointer the caller
-// keeps its application object in: std::unique_ptr<QCoreApplication>, or of
-// a QtGui or QtWidgets class a QApplication also is (the caller includes that
-// class's header; this library names none of them). Deletes the application
-// when nothing took it.
-class Application {
-public:
-    explicit Application(QCoreApplication *application) : m_application(application) {}
-    Application(const Application &) = delete;
-    Application &operator=(const Application &) = delete;
-    ~Application() { delete m_application; }
-
-    template <typename Class> operator std::unique_ptr<Class>() &&
-    {
-        return std::unique_ptr<Class>(static_cast<Class *>(std::exchange(m_application, nullptr)));
-    }
-
-private:
-    QCoreApplication *m_application;
-};
-
 // Whether the classic icon is wanted: no session bus, or no
 // StatusNotifierWatcher on it. Asked before the application object exists.
 bool wanted();
 
 // A QApplication from the module; null, with the reason in `error`, when the
 // module cannot be loaded. Before the application object exists.
-Application createApplication(int &argc, char **argv, QString *error);
+std::unique_ptr<QCoreApplication> createApplication(int &argc, char **argv, QString *error);
 
 // Whether this process's application object can carry the classic icon.
 bool isAvailable();
