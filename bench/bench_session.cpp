@@ -121,6 +121,27 @@ struct Memory {
     qint64 pssKiB = -1;
 };
 
+// The fields of /proc/<pid>/stat after the command name (field 2), which may
+// hold spaces: the state is at 0, the parent at 1, utime at 11.
+QList<QByteArray> statFields(qint64 pid)
+{
+    const QByteArray stat = readProc(QStringLiteral("/proc/%1/stat").arg(pid));
+    const qsizetype close = stat.lastIndexOf(')');
+    return close < 0 ? QList<QByteArray>() : stat.mid(close + 2).split(' ');
+}
+
+// The process, its parent, its parent's parent... up to init: who started
+// whom, read while the process is alive (it is no longer known once it ends).
+QList<qint64> lineageOf(qint64 pid)
+{
+    QList<qint64> lineage;
+    while (pid > 1 && !lineage.contains(pid)) {
+        lineage.append(pid);
+        pid = statFields(pid).value(1).toLongLong();
+    }
+    return lineage;
+}
+
 Memory memoryOf(qint64 pid)
 {
     return {procField(readProc(QStringLiteral("/proc/%1/status").arg(pid)), "VmRSS"),
@@ -224,6 +245,7 @@ class XWatch : public QObject {
 public:
     struct Window {
         qint64 pid = 0;
+        QList<qint64> lineage; // the pid, its parent, ...: read when the window is first mapped
         QString title;
         bool mapped = false;
         double mappedAt = 0; // ms
@@ -259,17 +281,25 @@ public:
     }
 
     const QHash<xcb_window_t, Window> &windows() const { return m_windows; }
+    const QList<std::pair<xcb_window_t, Window>> &destroyed() const { return m_destroyed; }
 
-    // Windows of this process whose title is (or is not) one of these, on its
-    // own or followed by the application's name as Qt adds it ("left — Narv").
+    // Windows of this process or of one it started (Narv draws its windows in
+    // a process of its own), destroyed ones too, whose title is (or is not)
+    // one of these, on its own or followed by the application's name as Qt
+    // adds it ("left — Narv"). A window process that has ended took its
+    // windows with it, but when they were mapped still counts.
     QList<Window> windowsOf(qint64 pid, const QStringList &titles, bool titled) const
     {
         QList<Window> found;
-        for (const Window &w : m_windows) {
+        const auto match = [&](const Window &w) {
             const QString bare = w.title.section(QStringLiteral(" \u2014 "), 0, 0);
-            if (w.pid == pid && titles.contains(bare) == titled)
+            if (w.lineage.contains(pid) && titles.contains(bare) == titled)
                 found.append(w);
-        }
+        };
+        for (const Window &w : m_windows)
+            match(w);
+        for (const auto &[id, w] : m_destroyed)
+            match(w);
         return found;
     }
 
@@ -319,8 +349,10 @@ private:
             if (w.pid == 0) {
                 // Asked once: the pid and title of our subjects' windows do not change.
                 const QByteArray pid = property(map->window, m_pidAtom, XCB_ATOM_CARDINAL);
-                if (pid.size() >= 4)
+                if (pid.size() >= 4) {
                     w.pid = *reinterpret_cast<const quint32 *>(pid.constData());
+                    w.lineage = lineageOf(w.pid);
+                }
                 QByteArray name = property(map->window, m_nameAtom, m_utf8Atom);
                 if (name.isEmpty())
                     name = property(map->window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING);
@@ -339,7 +371,14 @@ private:
         case XCB_DESTROY_NOTIFY: {
             // The X server hands the id out again, to the next program too.
             const auto *destroy = reinterpret_cast<xcb_destroy_notify_event_t *>(event);
-            m_windows.remove(destroy->window);
+            if (auto it = m_windows.find(destroy->window); it != m_windows.end()) {
+                if (it->mapped) {
+                    it->mapped = false;
+                    it->unmappedAt = at;
+                }
+                m_destroyed.append({it.key(), *it});
+                m_windows.erase(it);
+            }
             break;
         }
         default:
@@ -354,6 +393,7 @@ private:
     xcb_atom_t m_utf8Atom = XCB_ATOM_NONE;
     QSocketNotifier *m_notifier = nullptr;
     QHash<xcb_window_t, Window> m_windows;
+    QList<std::pair<xcb_window_t, Window>> m_destroyed; // in the order they went
 };
 
 // --- the programs measured
@@ -659,14 +699,17 @@ private:
     void dumpWindows(const Subject &narv, double end) const
     {
         progress(QStringLiteral("windows seen (ms from the countdown's end):"));
-        for (auto it = m_x.windows().cbegin(); it != m_x.windows().cend(); ++it) {
-            progress(QStringLiteral("  0x%1 pid %2 \"%3\" %4 at %5")
-                         .arg(it.key(), 0, 16)
-                         .arg(it->pid)
-                         .arg(it->title)
-                         .arg(it->mapped ? QStringLiteral("mapped") : QStringLiteral("unmapped"))
-                         .arg(it->mappedAt - end));
-        }
+        const auto show = [&](xcb_window_t id, const XWatch::Window &w, const QString &state) {
+            progress(QStringLiteral("  0x%1 pid %2 \"%3\" %4, mapped at %5")
+                         .arg(id, 0, 16)
+                         .arg(w.pid)
+                         .arg(w.title, state)
+                         .arg(w.mappedAt - end));
+        };
+        for (auto it = m_x.windows().cbegin(); it != m_x.windows().cend(); ++it)
+            show(it.key(), *it, it->mapped ? QStringLiteral("mapped") : QStringLiteral("unmapped"));
+        for (const auto &[id, w] : m_x.destroyed())
+            show(id, w, QStringLiteral("destroyed"));
         progress(QStringLiteral("narv is pid %1").arg(narv.pid()));
     }
 
