@@ -807,6 +807,34 @@ private:
         progress(QStringLiteral("narv's processes: %1").arg(pids.join(u' ')));
     }
 
+    // Whether the window process that drew a break was there before the
+    // countdown's end (started ahead, its windows made) or was started for it
+    // (the break waited for it to start and load the windows): when Narv
+    // logged its start, in ms from the end, from the last start before the
+    // windows were all mapped.
+    void noteWindowProcess(const Subject &narv, const QString &which, double end, double shown)
+    {
+        const QString startLine = QStringLiteral(" : window process ");
+        std::optional<double> startedAt;
+        for (double at : narv.linesAt(startLine)) {
+            if (at <= end + shown)
+                startedAt = at;
+        }
+        if (!startedAt) {
+            progress(which + QStringLiteral(": no window process start in narv's log"));
+            return;
+        }
+        // Lines that came in one read carry one time: "+0.0", at the end.
+        const double lead = std::abs(*startedAt - end) < 0.05 ? 0.0 : *startedAt - end;
+        const QString signedLead =
+            (lead >= 0 ? QStringLiteral("+") : QString()) + QString::number(lead, 'f', 1);
+        info(QStringLiteral("narv.") + which + QStringLiteral("_window_process_started_ms"),
+             signedLead);
+        progress(QStringLiteral("%1: windows mapped %2 ms after the countdown's end; the window "
+                                "process was started at %3 ms")
+                     .arg(which, QString::number(shown, 'f', 1), signedLead));
+    }
+
     bool breakWindowsGone(const Subject &narv, double timeoutMs)
     {
         return waitFor(
@@ -932,10 +960,12 @@ private:
         if (started && ended) {
             sample(QStringLiteral("narv"), QStringLiteral("period_error_ms"),
                    *ended - *started - m_options.workMinutes * 60000.0);
-            if (const auto shown = breakWindowsShown(narv, *ended, 10000))
+            if (const auto shown = breakWindowsShown(narv, *ended, 10000)) {
                 sample(QStringLiteral("narv"), QStringLiteral("first_break_ms"), *shown);
-            else
+                noteWindowProcess(narv, QStringLiteral("first_break"), *ended, *shown);
+            } else {
                 progress(QStringLiteral("the first break's windows did not all appear"));
+            }
         } else {
             progress(QStringLiteral("no first work period in narv's log"));
         }
@@ -1015,10 +1045,12 @@ private:
             }
             setWorkMinutes(narv, 1);
             const double end = *narv.lineAt(timesUpNow, started);
-            if (const auto shown = breakWindowsShown(narv, end, 10000))
+            if (const auto shown = breakWindowsShown(narv, end, 10000)) {
                 sample(QStringLiteral("narv"), QStringLiteral("later_break_ms"), *shown);
-            else
+                noteWindowProcess(narv, QStringLiteral("later_break"), end, *shown);
+            } else {
                 progress(QStringLiteral("later break %1: not every window appeared").arg(n));
+            }
             if (!breakWindowsGone(narv, 15000)) {
                 progress(QStringLiteral("the break windows stay after later break %1").arg(n));
                 break;
