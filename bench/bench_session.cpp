@@ -12,7 +12,8 @@
 //                    the time from the countdown's end to every break window
 //                    mapped (X events)
 //   then             the water panel from the status menu (a dbusmenu click),
-//                    opened and closed, and Narv's memory after both
+//                    opened and closed, and Narv's memory after both, once
+//                    its window process has ended (or with it, after 15 s)
 //   60 s             CPU and wake-ups (voluntary context switches) of everyone
 //   30 s             the same for Narv while paused from the menu
 //   then             a few more breaks, each started from the menu with a
@@ -22,6 +23,11 @@
 // It prints "sample <who> <what> <value>" for every measurement and, at the
 // end, "median <who> <what> <median> <min> <max> <count>"; bench/run turns
 // those into bench/results.md. Progress goes to standard error.
+//
+// Narv is two processes: the counting one, and `narv --views`, which it starts
+// for its windows (and 10 s before a break) and ends when they have closed.
+// Every figure of Narv's is of both, the window process whenever it runs;
+// its windows are found by the process that made them or its parent.
 //
 //   bench_session --narv PATH --monitors left,right [--runs N] [--startups N]
 //                 [--later N] [--peers workrave,safeeyes] [--quick]
@@ -121,10 +127,67 @@ struct Memory {
     qint64 pssKiB = -1;
 };
 
-Memory memoryOf(qint64 pid)
+// The fields of /proc/<pid>/stat after the command name (field 2), which may
+// hold spaces: the state is at 0, the parent at 1, utime at 11.
+QList<QByteArray> statFields(qint64 pid)
 {
-    return {procField(readProc(QStringLiteral("/proc/%1/status").arg(pid)), "VmRSS"),
-            procField(readProc(QStringLiteral("/proc/%1/smaps_rollup").arg(pid)), "Pss")};
+    const QByteArray stat = readProc(QStringLiteral("/proc/%1/stat").arg(pid));
+    const qsizetype close = stat.lastIndexOf(')');
+    return close < 0 ? QList<QByteArray>() : stat.mid(close + 2).split(' ');
+}
+
+// The process, its parent, its parent's parent... up to init: who started
+// whom, read while the process is alive (it is no longer known once it ends).
+QList<qint64> lineageOf(qint64 pid)
+{
+    QList<qint64> lineage;
+    while (pid > 1 && !lineage.contains(pid)) {
+        lineage.append(pid);
+        pid = statFields(pid).value(1).toLongLong();
+    }
+    return lineage;
+}
+
+// The process and every process it started that is alive now (the window
+// process Narv starts, and whatever that starts), the process first. This
+// kernel has no /proc/<pid>/task/*/children, so every process's parent is read.
+QList<qint64> familyOf(qint64 pid)
+{
+    QMultiHash<qint64, qint64> children; // by parent
+    const QStringList all = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
+    for (const QString &entry : all) {
+        bool number = false;
+        const qint64 child = entry.toLongLong(&number);
+        if (number)
+            children.insert(statFields(child).value(1).toLongLong(), child);
+    }
+    QList<qint64> family{pid};
+    for (qsizetype i = 0; i < family.size(); ++i)
+        family.append(children.values(family.at(i)));
+    return family;
+}
+
+// Summed over the processes: each keeps its own pages resident, so the RSS
+// of the two counts the libraries both have mapped twice, as the system pays
+// for them twice when nothing else shares them; PSS divides shared pages
+// among their users and adds up without that. A process that ended between
+// listing and reading adds nothing; without the first, no reading at all.
+Memory memoryOf(const QList<qint64> &pids)
+{
+    Memory sum;
+    for (qint64 pid : pids) {
+        const qint64 rss = procField(readProc(QStringLiteral("/proc/%1/status").arg(pid)), "VmRSS");
+        const qint64 pss =
+            procField(readProc(QStringLiteral("/proc/%1/smaps_rollup").arg(pid)), "Pss");
+        if (rss < 0 || pss < 0) {
+            if (pid == pids.value(0))
+                return {};
+            continue;
+        }
+        sum.rssKiB = std::max<qint64>(sum.rssKiB, 0) + rss;
+        sum.pssKiB = std::max<qint64>(sum.pssKiB, 0) + pss;
+    }
+    return sum;
 }
 
 // What a process has used so far, thread by thread: time on the CPU from the
@@ -138,33 +201,48 @@ struct ThreadUsage {
     qint64 voluntarySwitches = 0;
 };
 
-struct Usage {
-    QHash<qint64, ThreadUsage> threads; // by thread id
-    double childrenNs = 0;              // cutime + cstime
+struct ProcessUsage {
+    qint64 parent = 0;
+    double childrenNs = 0; // cutime + cstime: the children it waited for
+    double totalNs = 0;    // utime + stime + cutime + cstime: what its parent gets when it ends
 };
 
-Usage usageOf(qint64 pid)
+struct Usage {
+    QHash<qint64, ThreadUsage> threads;    // by thread id
+    QHash<qint64, ProcessUsage> processes; // by pid
+};
+
+// The threads of every process listed, the first one's under their own
+// names, the others' as "child:name".
+Usage usageOf(const QList<qint64> &pids)
 {
     Usage usage;
     static const double tickNs = 1e9 / double(sysconf(_SC_CLK_TCK));
-    const QByteArray stat = readProc(QStringLiteral("/proc/%1/stat").arg(pid));
-    // The command name (field 2) may hold spaces; count fields after its ')'.
-    const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
-    if (fields.size() > 15)
-        usage.childrenNs = (fields.at(13).toDouble() + fields.at(14).toDouble()) * tickNs;
-    const QDir tasks(QStringLiteral("/proc/%1/task").arg(pid));
-    for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        ThreadUsage t;
-        t.name =
-            QString::fromUtf8(readProc(tasks.filePath(task) + QStringLiteral("/comm")).trimmed())
-                .replace(u' ', u'_');
-        t.cpuNs = readProc(tasks.filePath(task) + QStringLiteral("/schedstat"))
-                      .split(' ')
-                      .value(0)
-                      .toDouble();
-        t.voluntarySwitches = procField(readProc(tasks.filePath(task) + QStringLiteral("/status")),
-                                        "voluntary_ctxt_switches");
-        usage.threads.insert(task.toLongLong(), t);
+    for (qint64 pid : pids) {
+        const QList<QByteArray> fields = statFields(pid);
+        if (fields.size() <= 15)
+            continue; // ended meanwhile
+        const auto ticks = [&](int i) { return fields.at(i).toDouble() * tickNs; };
+        usage.processes.insert(pid, {fields.at(1).toLongLong(), ticks(13) + ticks(14),
+                                     ticks(11) + ticks(12) + ticks(13) + ticks(14)});
+        const QString prefix = pid == pids.first() ? QString() : QStringLiteral("child:");
+        const QDir tasks(QStringLiteral("/proc/%1/task").arg(pid));
+        for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            const QByteArray schedstat =
+                readProc(tasks.filePath(task) + QStringLiteral("/schedstat"));
+            if (schedstat.isEmpty())
+                continue; // ended meanwhile: read as gone, not as zero
+            ThreadUsage t;
+            t.name =
+                prefix + QString::fromUtf8(
+                             readProc(tasks.filePath(task) + QStringLiteral("/comm")).trimmed())
+                             .replace(u' ', u'_');
+            t.cpuNs = schedstat.split(' ').value(0).toDouble();
+            t.voluntarySwitches =
+                procField(readProc(tasks.filePath(task) + QStringLiteral("/status")),
+                          "voluntary_ctxt_switches");
+            usage.threads.insert(task.toLongLong(), t);
+        }
     }
     return usage;
 }
@@ -175,10 +253,22 @@ struct Activity {
     QString perThread; // "name=wake-ups name=wake-ups", the busiest first
 };
 
-// Adds up what a process used over a stretch of time from readings taken
-// every second: what a thread used between two readings counts when it is in
-// both (or only in the later one, when it started in between). A thread that
-// ends takes with it at most what it used in its last second.
+// Adds up what a program used over a stretch of time from readings taken
+// every second, of its process and of those it started (Narv's window
+// process): what a thread used between two readings counts when it is in
+// both (or only in the later one, when it started in between: a window
+// process started during the stretch counts from its start).
+//
+// A process that ends between two readings: its threads count up to the last
+// reading that saw them. The rest of its time, up to its end, arrives with
+// its parent's counters of waited-for children, which grow by all the process
+// ever used (through each parent up to one still running, when a process and
+// its parent end together); what it had used by that last reading is taken
+// off again, as it is counted already (or was used before the stretch). So its time counts in
+// full, the end of it in ticks; its wake-ups count as read while it was
+// alive (nothing in /proc keeps the context switches of ended children), at
+// most its last second's are lost. A helper that comes and goes between two
+// readings counts through its parent's counters alone, in ticks.
 class ActivityMeter {
 public:
     void add(const Usage &now)
@@ -191,7 +281,19 @@ public:
                 m_switches += switches;
                 m_byThread[it->name] += switches;
             }
-            m_cpuNs += now.childrenNs - m_last.childrenNs;
+            for (auto it = now.processes.cbegin(); it != now.processes.cend(); ++it)
+                m_cpuNs += it->childrenNs - m_last.processes.value(it.key()).childrenNs;
+            for (auto it = m_last.processes.cbegin(); it != m_last.processes.cend(); ++it) {
+                if (now.processes.contains(it.key()))
+                    continue;
+                // Gone: its time goes up to its parent, and from there, when that
+                // has gone too, to the next one still here.
+                qint64 up = it->parent;
+                while (m_last.processes.contains(up) && !now.processes.contains(up))
+                    up = m_last.processes.value(up).parent;
+                if (now.processes.contains(up))
+                    m_cpuNs -= it->totalNs;
+            }
         }
         m_last = now;
     }
@@ -224,6 +326,7 @@ class XWatch : public QObject {
 public:
     struct Window {
         qint64 pid = 0;
+        QList<qint64> lineage; // the pid, its parent, ...: read when the window is first mapped
         QString title;
         bool mapped = false;
         double mappedAt = 0; // ms
@@ -259,17 +362,25 @@ public:
     }
 
     const QHash<xcb_window_t, Window> &windows() const { return m_windows; }
+    const QList<std::pair<xcb_window_t, Window>> &destroyed() const { return m_destroyed; }
 
-    // Windows of this process whose title is (or is not) one of these, on its
-    // own or followed by the application's name as Qt adds it ("left — Narv").
+    // Windows of this process or of one it started (Narv draws its windows in
+    // a process of its own), destroyed ones too, whose title is (or is not)
+    // one of these, on its own or followed by the application's name as Qt
+    // adds it ("left — Narv"). A window process that has ended took its
+    // windows with it, but when they were mapped still counts.
     QList<Window> windowsOf(qint64 pid, const QStringList &titles, bool titled) const
     {
         QList<Window> found;
-        for (const Window &w : m_windows) {
+        const auto match = [&](const Window &w) {
             const QString bare = w.title.section(QStringLiteral(" \u2014 "), 0, 0);
-            if (w.pid == pid && titles.contains(bare) == titled)
+            if (w.lineage.contains(pid) && titles.contains(bare) == titled)
                 found.append(w);
-        }
+        };
+        for (const Window &w : m_windows)
+            match(w);
+        for (const auto &[id, w] : m_destroyed)
+            match(w);
         return found;
     }
 
@@ -319,8 +430,10 @@ private:
             if (w.pid == 0) {
                 // Asked once: the pid and title of our subjects' windows do not change.
                 const QByteArray pid = property(map->window, m_pidAtom, XCB_ATOM_CARDINAL);
-                if (pid.size() >= 4)
+                if (pid.size() >= 4) {
                     w.pid = *reinterpret_cast<const quint32 *>(pid.constData());
+                    w.lineage = lineageOf(w.pid);
+                }
                 QByteArray name = property(map->window, m_nameAtom, m_utf8Atom);
                 if (name.isEmpty())
                     name = property(map->window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING);
@@ -339,7 +452,14 @@ private:
         case XCB_DESTROY_NOTIFY: {
             // The X server hands the id out again, to the next program too.
             const auto *destroy = reinterpret_cast<xcb_destroy_notify_event_t *>(event);
-            m_windows.remove(destroy->window);
+            if (auto it = m_windows.find(destroy->window); it != m_windows.end()) {
+                if (it->mapped) {
+                    it->mapped = false;
+                    it->unmappedAt = at;
+                }
+                m_destroyed.append({it.key(), *it});
+                m_windows.erase(it);
+            }
             break;
         }
         default:
@@ -354,6 +474,7 @@ private:
     xcb_atom_t m_utf8Atom = XCB_ATOM_NONE;
     QSocketNotifier *m_notifier = nullptr;
     QHash<xcb_window_t, Window> m_windows;
+    QList<std::pair<xcb_window_t, Window>> m_destroyed; // in the order they went
 };
 
 // --- the programs measured
@@ -362,6 +483,10 @@ struct Program {
     QString id;      // "narv", "workrave", "safeeyes": the key in the output
     QString command; // what is started
     QStringList arguments;
+    // Measured with the processes it starts: Narv's windows are a process of
+    // their own, part of what it costs. The peers' helpers (the accessibility
+    // bus, dconf) serve every program of a session and are left out.
+    bool withChildren = false;
 };
 
 // One program in a scratch home of its own. Standard output is read line by
@@ -391,6 +516,11 @@ public:
     const QString &id() const { return m_program.id; }
     QString home() const { return m_home.path(); }
     qint64 pid() const { return m_process.processId(); }
+    // What is measured: the process, and those it started when they count.
+    QList<qint64> processes() const
+    {
+        return m_program.withChildren ? familyOf(pid()) : QList<qint64>{pid()};
+    }
     bool running() const { return m_process.state() == QProcess::Running; }
     double startedAt() const { return m_startedAt; }
 
@@ -494,7 +624,8 @@ struct Options {
     double countingMs = 60000;
     double pausedMs = 30000;
     double peerHeadStartMs = 3000;
-    int workMinutes = 1; // the first work period, whose accuracy is measured
+    double windowProcessEndMs = 15000; // the longest wait for it after the water panel
+    int workMinutes = 1;               // the first work period, whose accuracy is measured
 };
 
 class Session {
@@ -556,7 +687,7 @@ private:
         std::fflush(stdout);
     }
 
-    Program narvProgram() const { return {QStringLiteral("narv"), m_options.narv, {}}; }
+    Program narvProgram() const { return {QStringLiteral("narv"), m_options.narv, {}, true}; }
 
     // The settings a run starts with: a short first work period, one-second
     // breaks (no long ones), the water reminder on so its menu item is there,
@@ -659,15 +790,49 @@ private:
     void dumpWindows(const Subject &narv, double end) const
     {
         progress(QStringLiteral("windows seen (ms from the countdown's end):"));
-        for (auto it = m_x.windows().cbegin(); it != m_x.windows().cend(); ++it) {
-            progress(QStringLiteral("  0x%1 pid %2 \"%3\" %4 at %5")
-                         .arg(it.key(), 0, 16)
-                         .arg(it->pid)
-                         .arg(it->title)
-                         .arg(it->mapped ? QStringLiteral("mapped") : QStringLiteral("unmapped"))
-                         .arg(it->mappedAt - end));
+        const auto show = [&](xcb_window_t id, const XWatch::Window &w, const QString &state) {
+            progress(QStringLiteral("  0x%1 pid %2 \"%3\" %4, mapped at %5")
+                         .arg(id, 0, 16)
+                         .arg(w.pid)
+                         .arg(w.title, state)
+                         .arg(w.mappedAt - end));
+        };
+        for (auto it = m_x.windows().cbegin(); it != m_x.windows().cend(); ++it)
+            show(it.key(), *it, it->mapped ? QStringLiteral("mapped") : QStringLiteral("unmapped"));
+        for (const auto &[id, w] : m_x.destroyed())
+            show(id, w, QStringLiteral("destroyed"));
+        QStringList pids;
+        for (qint64 pid : narv.processes())
+            pids.append(QString::number(pid));
+        progress(QStringLiteral("narv's processes: %1").arg(pids.join(u' ')));
+    }
+
+    // Whether the window process that drew a break was there before the
+    // countdown's end (started ahead, its windows made) or was started for it
+    // (the break waited for it to start and load the windows): when Narv
+    // logged its start, in ms from the end, from the last start before the
+    // windows were all mapped.
+    void noteWindowProcess(const Subject &narv, const QString &which, double end, double shown)
+    {
+        const QString startLine = QStringLiteral(" : window process ");
+        std::optional<double> startedAt;
+        for (double at : narv.linesAt(startLine)) {
+            if (at <= end + shown)
+                startedAt = at;
         }
-        progress(QStringLiteral("narv is pid %1").arg(narv.pid()));
+        if (!startedAt) {
+            progress(which + QStringLiteral(": no window process start in narv's log"));
+            return;
+        }
+        // Lines that came in one read carry one time: "+0.0", at the end.
+        const double lead = std::abs(*startedAt - end) < 0.05 ? 0.0 : *startedAt - end;
+        const QString signedLead =
+            (lead >= 0 ? QStringLiteral("+") : QString()) + QString::number(lead, 'f', 1);
+        info(QStringLiteral("narv.") + which + QStringLiteral("_window_process_started_ms"),
+             signedLead);
+        progress(QStringLiteral("%1: windows mapped %2 ms after the countdown's end; the window "
+                                "process was started at %3 ms")
+                     .arg(which, QString::number(shown, 'f', 1), signedLead));
     }
 
     bool breakWindowsGone(const Subject &narv, double timeoutMs)
@@ -714,7 +879,7 @@ private:
         const auto read = [&] {
             for (Subject *s : subjects) {
                 if (s->running())
-                    meters[s].add(usageOf(s->pid()));
+                    meters[s].add(usageOf(s->processes()));
             }
         };
         read();
@@ -773,7 +938,7 @@ private:
         // Resident memory while counting, before any window.
         sleepMs(narv.startedAt() + m_options.settleMs - nowMs());
         for (Subject *s : everyone) {
-            const Memory m = memoryOf(s->pid());
+            const Memory m = memoryOf(s->processes());
             sample(s->id(), QStringLiteral("rss_counting_kib"), double(m.rssKiB));
             sample(s->id(), QStringLiteral("pss_counting_kib"), double(m.pssKiB));
         }
@@ -795,10 +960,12 @@ private:
         if (started && ended) {
             sample(QStringLiteral("narv"), QStringLiteral("period_error_ms"),
                    *ended - *started - m_options.workMinutes * 60000.0);
-            if (const auto shown = breakWindowsShown(narv, *ended, 10000))
+            if (const auto shown = breakWindowsShown(narv, *ended, 10000)) {
                 sample(QStringLiteral("narv"), QStringLiteral("first_break_ms"), *shown);
-            else
+                noteWindowProcess(narv, QStringLiteral("first_break"), *ended, *shown);
+            } else {
                 progress(QStringLiteral("the first break's windows did not all appear"));
+            }
         } else {
             progress(QStringLiteral("no first work period in narv's log"));
         }
@@ -826,10 +993,22 @@ private:
             water = QStringLiteral("no-menu-item");
         }
         info(QStringLiteral("narv.water_panel"), water);
-        sleepMs(2000);
+        // The window process ends once its windows are closed and no break is
+        // near; the memory is read after that, and with it when it stays.
+        const double closed = nowMs();
+        const bool alone =
+            waitFor([&] { return narv.processes().size() == 1; }, m_options.windowProcessEndMs);
+        progress(alone ? QStringLiteral("the window process ended %1 ms after the panel closed")
+                             .arg(qRound(nowMs() - closed))
+                       : QStringLiteral("the window process still runs %1 s after the panel "
+                                        "closed: counted in the memory")
+                             .arg(m_options.windowProcessEndMs / 1000));
+        info(QStringLiteral("narv.window_process_after_windows"),
+             alone ? QStringLiteral("no") : QStringLiteral("yes"));
+        sleepMs(closed + 2000 - nowMs());
         for (Subject *s : everyone)
             sample(s->id(), QStringLiteral("rss_after_windows_kib"),
-                   double(memoryOf(s->pid()).rssKiB));
+                   double(memoryOf(s->processes()).rssKiB));
 
         progress(QStringLiteral("counting, %1 s").arg(m_options.countingMs / 1000));
         measureActivity(everyone, QStringLiteral("counting"), m_options.countingMs);
@@ -849,10 +1028,10 @@ private:
             progress(QStringLiteral("could not pause narv from its menu"));
         }
 
-        // Later breaks, the windows made already. Each is started from the
-        // menu (stop, then start, with a work period of none), and once it is
-        // on the screen the next period is made long, so that the windows go
-        // (after their fade) before the next one is started.
+        // Later breaks. Each is started from the menu (stop, then start, with
+        // a work period of none), and once it is on the screen the next period
+        // is made long, so that the windows go (after their fade) before the
+        // next one is started; with them, as a rule, the window process.
         const QString timesUpNow = QStringLiteral(" : ticktack timer timesup for 0");
         for (int n = 1; n <= m_options.later; ++n) {
             setWorkMinutes(narv, 0);
@@ -866,17 +1045,19 @@ private:
             }
             setWorkMinutes(narv, 1);
             const double end = *narv.lineAt(timesUpNow, started);
-            if (const auto shown = breakWindowsShown(narv, end, 10000))
+            if (const auto shown = breakWindowsShown(narv, end, 10000)) {
                 sample(QStringLiteral("narv"), QStringLiteral("later_break_ms"), *shown);
-            else
+                noteWindowProcess(narv, QStringLiteral("later_break"), end, *shown);
+            } else {
                 progress(QStringLiteral("later break %1: not every window appeared").arg(n));
+            }
             if (!breakWindowsGone(narv, 15000)) {
                 progress(QStringLiteral("the break windows stay after later break %1").arg(n));
                 break;
             }
         }
         sample(QStringLiteral("narv"), QStringLiteral("rss_end_kib"),
-               double(memoryOf(narv.pid()).rssKiB));
+               double(memoryOf(narv.processes()).rssKiB));
         narv.stop();
         for (auto &p : peers)
             p->stop();
