@@ -218,7 +218,8 @@ private Q_SLOTS:
 
     // Ten seconds before a break the window process is started and told to
     // get the break windows ready, and stays while the break is near (not
-    // when work starts over); the break countdown goes along; a window process that goes during the
+    // when work starts over), from the start of a period shorter than that;
+    // the break countdown goes along; a window process that goes during the
     // break ends the break, and work starts again.
     void breaks()
     {
@@ -252,6 +253,12 @@ private Q_SLOTS:
             said + 1);
         QVERIFY(TicktackController::remaining(AppState::workState()) > 0);
         QVERIFY(!exists(views.processId()));
+
+        // A work period shorter than the lead: ready from its start.
+        QFile::remove(m_record);
+        TicktackController::work(4);
+        QTRY_VERIFY2(exists(views.processId()), "no window process for a break four seconds away");
+        QTRY_VERIFY(recorded().contains(QStringLiteral("prepareBreak")));
     }
 };
 

@@ -11,6 +11,7 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QTimer>
 
 #include <cerrno>
 #include <cstring>
@@ -252,6 +253,18 @@ void ViewsProcess::onClosed()
 void ViewsProcess::onWorkTick()
 {
     const qint64 left = TicktackController::remaining(AppState::workState());
+    // A work period publishes its full length before it runs: look again
+    // once it does, so that a period shorter than the lead (a work time of
+    // none) has its windows ready too.
+    if (left < 0 && !m_lookAgain) {
+        m_lookAgain = true;
+        QTimer::singleShot(0, this, [this] {
+            m_lookAgain = false;
+            if (TicktackController::remaining(AppState::workState()) >= 0)
+                onWorkTick();
+        });
+        return;
+    }
     const bool near = left >= 0 && left <= breakLeadSeconds;
     if (near && !m_breakNear) {
         prepareBreak();

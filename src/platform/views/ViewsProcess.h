@@ -75,6 +75,7 @@ private:
     bool m_waterVisible = false;
     bool m_breakShown = false; // between showBreak() and closeBreak() or the windows' own close
     bool m_breakNear = false;  // prepareBreak() since the last break
+    bool m_lookAgain = false;  // onWorkTick() once the starting countdown runs
     // Where the user left the water panel: kept here, as the process that
     // showed it goes once the panel is closed.
     std::optional<QPoint> m_waterPosition;
