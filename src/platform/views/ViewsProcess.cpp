@@ -6,6 +6,7 @@
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "platform/views/MessageChannel.h"
+#include "platform/views/ViewsModule.h"
 #include "settings/PromptState.h"
 
 #include <QCoreApplication>
@@ -66,7 +67,7 @@ bool ViewsProcess::start()
     const int childEnd = fds[1];
     auto *process = new QProcess(this);
     process->setProgram(QCoreApplication::applicationFilePath());
-    process->setArguments({QStringLiteral("--views")});
+    process->setArguments({QString::fromLatin1(ViewsModule::processOption)});
     process->setProcessChannelMode(QProcess::ForwardedChannels);
     process->setInputChannelMode(QProcess::ForwardedInputChannel);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
