@@ -27,7 +27,7 @@ bool ClassicTray::wanted()
 }
 
 std::unique_ptr<QCoreApplication> ClassicTray::createApplication(int &argc, char **argv,
-                                                                QString *error)
+                                                                 QString *error)
 {
     using Create = QCoreApplication *(*)(int &, char **);
     const Module::Entry found = Module::resolve(fileName, applicationEntry);
