@@ -218,7 +218,8 @@ private Q_SLOTS:
 
     // Ten seconds before a break the window process is started and told to
     // get the break windows ready, and stays while the break is near (not
-    // when work starts over), from the start of a period shorter than that;
+    // when work starts over, nor long after a paused countdown's break was
+    // due), from the start of a period shorter than that;
     // the break countdown goes along; a window process that goes during the
     // break ends the break, and work starts again.
     void breaks()
@@ -237,6 +238,20 @@ private Q_SLOTS:
         TicktackController::work(600);
         m_ticks.advance();
         QTRY_VERIFY2(!exists(pid), "the window process stays for a break that is not near");
+
+        // The countdown stops near the break (a pause): the process goes
+        // once the break is overdue.
+        QFile::remove(m_record);
+        TicktackController::work(5);
+        QTRY_VERIFY(recorded().contains(QStringLiteral("prepareBreak")));
+        const qint64 paused = views.processId();
+        QTest::qWait(300); // its report of no window, while the break is still near
+        TicktackController::stop();
+        QTest::qWait(1000);
+        QVERIFY(exists(paused));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !exists(paused),
+            (ViewsProcess::breakLeadSeconds + ViewsProcess::breakGraceSeconds + 5) * 1000);
 
         QFile::remove(m_record);
         views.showBreak();

@@ -133,6 +133,15 @@ void ViewsProcess::prepareBreak()
 {
     m_breakNear = true;
     command({QStringLiteral("prepareBreak")});
+    // A countdown that stops (a pause, a screen lock) says nothing: if the
+    // break has not come a while after it was due, it is not near.
+    QTimer::singleShot((breakLeadSeconds + breakGraceSeconds) * 1000, this, [this] {
+        const qint64 left = TicktackController::remaining(AppState::workState());
+        if (!m_breakNear || (left >= 0 && left <= breakLeadSeconds))
+            return;
+        m_breakNear = false;
+        endIfIdle();
+    });
 }
 
 void ViewsProcess::showBreak()

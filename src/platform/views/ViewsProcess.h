@@ -32,6 +32,9 @@ public:
     // How long before a break is due the window process is started and the
     // break windows are made.
     static constexpr qint64 breakLeadSeconds = 10;
+    // How long after a break was due the process waits for it, when the
+    // countdown has stopped meanwhile.
+    static constexpr qint64 breakGraceSeconds = 5;
 
     explicit ViewsProcess(QObject *parent = nullptr);
     ~ViewsProcess() override;
