@@ -1,5 +1,7 @@
 #include "app/Module.h"
 
+#include "app/Log.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
@@ -56,4 +58,20 @@ Module::Entry Module::resolve(const char *fileName, const char *entry)
     if (!found.function)
         found.error = QStringLiteral("no %1 in %2").arg(QLatin1String(entry), loaded.path);
     return found;
+}
+
+QFunctionPointer Module::loadAndSay(const char *fileName, const char *entry, const QString &what)
+{
+    // resolve() caches the loading, not the saying.
+    static QHash<QByteArray, QFunctionPointer> tried;
+    const QByteArray key = QByteArray(fileName) + '/' + entry;
+    if (const auto it = tried.constFind(key); it != tried.constEnd())
+        return *it;
+    const Entry found = resolve(fileName, entry);
+    if (found.function)
+        LOG_INFO(QStringLiteral("%1 loaded from %2").arg(what, found.path));
+    else
+        LOG_ERROR(QStringLiteral("cannot load the %1 (%2)").arg(what, found.error));
+    tried.insert(key, found.function);
+    return found.function;
 }

@@ -24,4 +24,7 @@ struct Entry {
 // Loads the module `fileName` once, for the rest of the process, and looks
 // up `entry` in it.
 Entry resolve(const char *fileName, const char *entry);
+// resolve(), said in the log once for each entry: "<what> loaded from
+// <path>", or "cannot load the <what> (<why>)". Null when it cannot be had.
+QFunctionPointer loadAndSay(const char *fileName, const char *entry, const QString &what);
 } // namespace Module

@@ -92,18 +92,13 @@ void ViewsHost::onReceived(const QVariantList &message)
     reportSoon();
 }
 
+// Not UpdateModule::window(): builds without the update check have none,
+// and this module must load in those too.
 UpdatePresenter *ViewsHost::updateWindow()
 {
     using Get = UpdatePresenter *(*)();
-    static const Get get = [] {
-        const Module::Entry found =
-            Module::resolve(UpdateModule::windowModule, UpdateModule::windowEntry);
-        if (found.function)
-            LOG_INFO(QStringLiteral("update window loaded from ") + found.path);
-        else
-            LOG_ERROR(QStringLiteral("cannot load the update window (%1)").arg(found.error));
-        return reinterpret_cast<Get>(found.function);
-    }();
+    const auto get = reinterpret_cast<Get>(Module::loadAndSay(
+        UpdateModule::windowModule, UpdateModule::windowEntry, QStringLiteral("update window")));
     return get ? get() : nullptr;
 }
 
