@@ -30,7 +30,7 @@
 // its windows are found by the process that made them or its parent.
 //
 //   bench_session --narv PATH --monitors left,right [--runs N] [--startups N]
-//                 [--later N] [--peers workrave,safeeyes] [--quick]
+//                 [--later N] [--peers workrave,safeeyes] [--floor PATH] [--quick]
 //                 [--phases SETTLE,MOTION,COUNTING,PAUSED] [--work-minutes N]
 
 #include "statusbar/DBusPlain.h"
@@ -1103,6 +1103,9 @@ int main(int argc, char **argv)
          QStringLiteral("names")},
         {QStringLiteral("peers"), QStringLiteral("Peers to run beside it: workrave, safeeyes."),
          QStringLiteral("list")},
+        {QStringLiteral("floor"),
+         QStringLiteral("bench_floor, run beside them twice: with its label and --silent."),
+         QStringLiteral("path")},
         {QStringLiteral("runs"), QStringLiteral("Runs."), QStringLiteral("n")},
         {QStringLiteral("startups"), QStringLiteral("Starts for the start-up time."),
          QStringLiteral("n")},
@@ -1138,6 +1141,13 @@ int main(int argc, char **argv)
             return 2;
         }
         options.peers.append(known.value(peer));
+    }
+    // The least a once-a-second label costs, and a wake-up alone, measured
+    // like the peers (bench/bench_floor.cpp).
+    if (parser.isSet(QStringLiteral("floor"))) {
+        const QString floor = parser.value(QStringLiteral("floor"));
+        options.peers.append({QStringLiteral("floor"), floor, {}});
+        options.peers.append({QStringLiteral("floor_wake"), floor, {QStringLiteral("--silent")}});
     }
     if (parser.isSet(QStringLiteral("quick"))) {
         options.runs = 1;
