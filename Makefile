@@ -24,7 +24,7 @@ test: build
 
 # Builds only what the benchmark runs, not the tests.
 bench: deps $(BUILD_DIR)/build.ninja
-	cmake --build $(BUILD_DIR) --target narv bench_session bench_breakwindows bench_floor
+	cmake --build $(BUILD_DIR) --target narv bench_session bench_breakwindows bench_floor bench_floor_qt
 	bench/run $(BUILD_DIR)
 
 format:

@@ -1104,7 +1104,8 @@ int main(int argc, char **argv)
         {QStringLiteral("peers"), QStringLiteral("Peers to run beside it: workrave, safeeyes."),
          QStringLiteral("list")},
         {QStringLiteral("floor"),
-         QStringLiteral("bench_floor, run beside them twice: with its label and --silent."),
+         QStringLiteral("bench_floor, run beside them: it and bench_floor_qt beside it, each "
+                        "with its label and --silent."),
          QStringLiteral("path")},
         {QStringLiteral("runs"), QStringLiteral("Runs."), QStringLiteral("n")},
         {QStringLiteral("startups"), QStringLiteral("Starts for the start-up time."),
@@ -1146,8 +1147,12 @@ int main(int argc, char **argv)
     // like the peers (bench/bench_floor.cpp).
     if (parser.isSet(QStringLiteral("floor"))) {
         const QString floor = parser.value(QStringLiteral("floor"));
+        const QString floorQt = floor + QStringLiteral("_qt");
+        const QStringList silent{QStringLiteral("--silent")};
         options.peers.append({QStringLiteral("floor"), floor, {}});
-        options.peers.append({QStringLiteral("floor_wake"), floor, {QStringLiteral("--silent")}});
+        options.peers.append({QStringLiteral("floor_wake"), floor, silent});
+        options.peers.append({QStringLiteral("floor_qt"), floorQt, {}});
+        options.peers.append({QStringLiteral("floor_qt_wake"), floorQt, silent});
     }
     if (parser.isSet(QStringLiteral("quick"))) {
         options.runs = 1;
