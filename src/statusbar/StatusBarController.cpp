@@ -27,6 +27,10 @@ struct Item {
     QString pauseImage;
     QMetaObject::Connection timesUpConnection;
     QMetaObject::Connection timeStringConnection;
+    // show_time_in_status_bar, followed through the settings' change signal
+    // rather than read on every tick.
+    bool showTime = true;
+    QMetaObject::Connection showTimeConnection;
 
     bool menuBuilt = false;
     QList<MenuItem> menu;
@@ -57,7 +61,7 @@ void onCountdown()
         title.clear();
         AppState::promptState()->showBreak();
     }
-    if (!AppState::prefState()->showTime())
+    if (!state().showTime)
         title.clear();
     applyTitle(title);
 }
@@ -169,6 +173,14 @@ void StatusBarController::item()
     TicktackState *work = AppState::workState();
     QObject::disconnect(s.timesUpConnection);
     QObject::disconnect(s.timeStringConnection);
+    QObject::disconnect(s.showTimeConnection);
+    PrefState *pref = AppState::prefState();
+    s.showTime = pref->showTime();
+    // Also when the settings file is edited by hand or by the window process.
+    s.showTimeConnection = QObject::connect(pref, &PrefState::showTimeChanged, work, [pref] {
+        if (pref->showTime() != state().showTime)
+            StatusBarController::showTime(pref->showTime());
+    });
     s.timesUpConnection = QObject::connect(work, &TicktackState::timesUpChanged, work, onCountdown);
     s.timeStringConnection =
         QObject::connect(work, &TicktackState::timeStringChanged, work, onCountdown);
@@ -280,6 +292,7 @@ void StatusBarController::showTime(bool show)
 {
     if (RemoteCalls::forward("showTime", {show}))
         return;
+    state().showTime = show;
     TicktackState *work = AppState::workState();
     applyTitle(show && !work->timesUp() ? work->timeString() : QString());
 }

@@ -273,6 +273,30 @@ private Q_SLOTS:
         QCOMPARE(StatusBarController::title(), QString());
         pref()->setShowTime(true);
         QCOMPARE(StatusBarController::title(), QStringLiteral("24:59"));
+
+        // Edited in the file (by hand, or by the window process): the title
+        // follows when the file is read again, and stays so while it ticks.
+        QVERIFY(TestSupport::writeFile(m_home->settingsFile(),
+                                       "[General]\nshow_time_in_status_bar=false\n"));
+        store().reload();
+        QCOMPARE(StatusBarController::title(), QString());
+        m_ticks.advance(1);
+        QCOMPARE(StatusBarController::title(), QString());
+        QVERIFY(TestSupport::writeFile(m_home->settingsFile(),
+                                       "[General]\nshow_time_in_status_bar=true\n"));
+        store().reload();
+        QCOMPARE(StatusBarController::title(), QStringLiteral("24:58"));
+
+        // A value that is not a boolean is said once, not at every tick.
+        QVERIFY(TestSupport::writeFile(m_home->settingsFile(),
+                                       "[General]\nshow_time_in_status_bar=maybe\n"));
+        store().reload();
+        const QByteArray warning = "\"show_time_in_status_bar\" holds \"maybe\"";
+        const int said = LogTail::count(warning);
+        QVERIFY(said >= 1);
+        m_ticks.advance(3);
+        QCOMPARE(StatusBarController::title(), QStringLiteral("24:55"));
+        QCOMPARE(LogTail::count(warning), said);
     }
 
     void styleListsPerStyle()

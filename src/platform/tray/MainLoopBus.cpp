@@ -265,6 +265,20 @@ public:
         m_out.append(text, size);
         m_out.append('\0');
     }
+    // The same from text that is all ASCII without NUL (as the time is),
+    // without making a UTF-8 copy first; false, and nothing written, otherwise.
+    bool asciiString(const QString &text)
+    {
+        for (const QChar c : text) {
+            if (unsigned(c.unicode()) - 1u >= 0x7fu)
+                return false;
+        }
+        uint32(quint32(text.size()));
+        for (const QChar c : text)
+            m_out.append(char(c.unicode()));
+        m_out.append('\0');
+        return true;
+    }
     // "g": the same with a one-byte length.
     void signature(const char *text, qsizetype size)
     {
@@ -327,6 +341,8 @@ void writeFrames(Frames &out, const char *path, const char *iface,
         w.align(8);
         const qsizetype bodyStart = w.size();
         for (qsizetype i = 0; i < texts; ++i) {
+            if (w.asciiString(signal.texts.at(i)))
+                continue;
             // UTF-8, which toUtf8() always gives, up to the first NUL, as
             // libdbus would take it from a C string.
             const QByteArray utf8 = signal.texts.at(i).toUtf8();
@@ -390,8 +406,9 @@ void MainLoopBus::sendTextSignals(const char *path, const char *iface,
         return;
     const bool fits = std::all_of(list.cbegin(), list.cend(),
                                   [](const TextSignal &s) { return s.texts.size() <= 8; });
-    if (fits && dbus_connection_get_is_connected(m_connection) &&
-        !dbus_connection_has_messages_to_send(m_connection)) {
+    // A connection that has gone takes no write either, and libdbus below
+    // says so.
+    if (fits && !dbus_connection_has_messages_to_send(m_connection)) {
         Frames frames;
         writeFrames(frames, path, iface, list, m_ownSerial);
         if (writeWhole(frames.constData(), frames.size())) {
