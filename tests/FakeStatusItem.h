@@ -1,7 +1,7 @@
 #pragma once
 
-// The status item as what it was told last: its title, the pause item, and
-// how often its menu changed.
+// The status item as what it was told last: its title and tooltip, the pause
+// item, and how often its menu and tooltip changed.
 
 #include "statusbar/StatusBarController.h"
 
@@ -24,6 +24,11 @@ public:
     }
 
     void setTitle(const QString &text) override { title = text; }
+    void setToolTip(const QString &text) override
+    {
+        toolTip = text;
+        ++toolTipChanges;
+    }
     void setPauseItem(const QString &image, const QString &text) override
     {
         pauseImage = image;
@@ -33,6 +38,8 @@ public:
     void menuItemChanged(int id) override { changedItems.append(id); }
 
     QString title;
+    QString toolTip;
+    int toolTipChanges = 0;
     QString pauseImage;
     QString pauseTitle;
     int layoutChanges = 0;

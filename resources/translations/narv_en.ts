@@ -152,6 +152,10 @@
         <translation>New prompt</translation>
     </message>
     <message>
+        <source>Next break at %1</source>
+        <translation>Next break at %1</translation>
+    </message>
+    <message>
         <source>Next drink in</source>
         <translation>Next drink in</translation>
     </message>

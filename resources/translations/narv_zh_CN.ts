@@ -152,6 +152,10 @@
         <translation>新提示语</translation>
     </message>
     <message>
+        <source>Next break at %1</source>
+        <translation>下次休息：%1</translation>
+    </message>
+    <message>
         <source>Next drink in</source>
         <translation>距下次喝水</translation>
     </message>

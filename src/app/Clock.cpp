@@ -23,6 +23,13 @@ QDateTime Clock::now()
     return QDateTime::currentDateTime();
 }
 
+qint64 Clock::nowMs()
+{
+    if (auto &s = source())
+        return s().toMSecsSinceEpoch();
+    return QDateTime::currentMSecsSinceEpoch();
+}
+
 void Clock::setNowSource(std::function<QDateTime()> s)
 {
     source() = std::move(s);

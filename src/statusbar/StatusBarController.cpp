@@ -4,15 +4,20 @@
 
 #include "app/AppInfo.h"
 #include "app/AppState.h"
+#include "app/Clock.h"
 #include "app/Localized.h"
+#include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
 #include "settings/PromptState.h"
 #include "statusbar/MenuAction.h"
 
+#include <QDateTime>
+#include <QLocale>
 #include <QObject>
 
 #include <cmath>
+#include <cstdlib>
 
 using namespace StatusBarController;
 
@@ -23,6 +28,8 @@ struct Item {
     std::unique_ptr<StatusItemBackend> backend;
     bool created = false;
     QString title;
+    QString toolTip;
+    qint64 toolTipDue = -1; // ms since 1970 of the break the tooltip names; -1: it names none
     QString pauseTitle;
     QString pauseImage;
     QMetaObject::Connection timesUpConnection;
@@ -51,6 +58,35 @@ void applyTitle(const QString &title)
         state().backend->setTitle(title);
 }
 
+// See StatusBarController::toolTip(). Runs every second while counting, so the
+// break's moment is only worked out anew, and told, when the schedule moved
+// (a restart, a pause, the machine waking from sleep) and not for the few
+// milliseconds a tick comes late.
+void updateToolTip()
+{
+    Item &s = state();
+    const qint64 remaining =
+        s.title.isEmpty() ? -1 : TicktackController::remaining(AppState::workState());
+    QString tip = s.title;
+    if (remaining >= 0) {
+        const qint64 due = Clock::nowMs() + remaining * 1000;
+        if (s.toolTipDue >= 0 && std::abs(due - s.toolTipDue) < 1000)
+            return;
+        s.toolTipDue = due;
+        const QLocale locale;
+        tip = NARV_TR("Next break at %1")
+                  .arg(locale.toString(QDateTime::fromMSecsSinceEpoch(due).time(),
+                                       QLocale::ShortFormat));
+    } else {
+        s.toolTipDue = -1;
+    }
+    if (tip == s.toolTip)
+        return;
+    s.toolTip = tip;
+    if (s.backend)
+        s.backend->setToolTip(tip);
+}
+
 // Runs for every assignment to the work countdown's timesUp or timeString.
 void onCountdown()
 {
@@ -64,6 +100,10 @@ void onCountdown()
     if (!state().showTime)
         title.clear();
     applyTitle(title);
+    // As a work countdown starts it is not running yet; setPauseItem, which
+    // comes right after, names its break.
+    if (title.isEmpty() || TicktackController::remaining(work) >= 0)
+        updateToolTip();
 }
 
 MenuItem makeItem(const QString &title, const QString &image, const QString &key,
@@ -169,6 +209,8 @@ void StatusBarController::item()
         s.backend = s.factory();
     if (s.backend && !s.pauseTitle.isEmpty())
         s.backend->setPauseItem(s.pauseImage, s.pauseTitle);
+    if (s.backend && !s.toolTip.isEmpty())
+        s.backend->setToolTip(s.toolTip);
 
     TicktackState *work = AppState::workState();
     QObject::disconnect(s.timesUpConnection);
@@ -295,6 +337,7 @@ void StatusBarController::showTime(bool show)
     state().showTime = show;
     TicktackState *work = AppState::workState();
     applyTitle(show && !work->timesUp() ? work->timeString() : QString());
+    updateToolTip();
 }
 
 void StatusBarController::setPauseItem(const QString &image, const QString &title)
@@ -309,11 +352,18 @@ void StatusBarController::setPauseItem(const QString &image, const QString &titl
     }
     if (s.backend)
         s.backend->setPauseItem(image, title);
+    // Called whenever the countdown was started or stopped.
+    updateToolTip();
 }
 
 QString StatusBarController::title()
 {
     return state().title;
+}
+
+QString StatusBarController::toolTip()
+{
+    return state().toolTip;
 }
 
 QString StatusBarController::pauseItemTitle()

@@ -17,6 +17,9 @@ public:
     virtual ~StatusItemBackend() = default;
     // The text beside the icon; empty shows the icon alone.
     virtual void setTitle(const QString &title) = 0;
+    // The tooltip's text under the program's name. It changes far less often
+    // than the title (see StatusBarController::toolTip()).
+    virtual void setToolTip(const QString &text) {}
     // The start/stop menu item (tag pause): its icon name and label.
     virtual void setPauseItem(const QString &image, const QString &title) = 0;
     // Items were inserted into or removed from StatusBarController::menu().
@@ -94,6 +97,12 @@ void showTime(bool show);
 void setPauseItem(const QString &image, const QString &title);
 
 QString title();
+// What the tooltip says under the name. While the work countdown runs and its
+// time is shown: "Next break at 14:35", which stays true from tick to tick, so
+// panels that read the whole item again for every tooltip change (Plasma
+// does) are not asked to each second. Otherwise the title itself: the time
+// where a pause froze it, or nothing.
+QString toolTip();
 QString pauseItemTitle();
 QString pauseItemImage();
 } // namespace StatusBarController

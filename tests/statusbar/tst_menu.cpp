@@ -2,7 +2,9 @@
 //
 // The status menu as a model: items in order with their titles, icons, keys,
 // tags and enabled flags; the water item coming and going; the clicks reaching
-// their targets; the feedback mail's text; the translation tables.
+// their targets; the feedback mail's text; the translation tables. And the
+// item's tooltip, which names the break's time and is told again only when
+// the schedule moves.
 
 #include "FakeStatusItem.h"
 #include "FakeWindows.h"
@@ -11,6 +13,7 @@
 
 #include "app/AppInfo.h"
 #include "app/AppState.h"
+#include "app/Clock.h"
 #include "app/Localized.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
@@ -19,6 +22,7 @@
 #include "statusbar/MenuAction.h"
 
 #include <QFile>
+#include <QScopeGuard>
 #include <QTest>
 
 #include <cmath>
@@ -312,6 +316,74 @@ private Q_SLOTS:
         QCOMPARE(m_mails[0].body, expected);
         QCOMPARE(m_mails[0].attachment, Logger::logfilePath()); // today's log
         QVERIFY(QFile::exists(m_mails[0].attachment));
+    }
+
+    void toolTipNamesTheBreak()
+    {
+        // German: a 24-hour clock with two-digit hours, the same in every Qt.
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        QDateTime now(QDate(2026, 3, 2), QTime(9, 0));
+        Clock::setNowSource([&now] { return now; });
+        const QLocale locale;
+        const auto cleanUp = qScopeGuard([locale] {
+            Clock::setNowSource({});
+            QLocale::setDefault(locale);
+            AppState::setManualPause(false);
+        });
+        // Each tick a second on the clock.
+        const auto tick = [&](int n = 1) {
+            for (int i = 0; i < n; ++i) {
+                now = now.addSecs(1);
+                m_ticks.advance();
+            }
+        };
+        // A tick that comes `ms` late; the next one is on time again.
+        const auto lateTick = [&](int ms) {
+            now = now.addMSecs(ms);
+            tick();
+            now = now.addMSecs(-ms);
+        };
+        AppState::setWorking(true); // 25 minutes from 09:00
+        QCOMPARE(m_item->toolTip, QStringLiteral("Next break at 09:25"));
+        QCOMPARE(StatusBarController::toolTip(), m_item->toolTip);
+        QCOMPARE(m_item->toolTipChanges, 1);
+
+        // Ticks, on time or up to most of a second late, leave it alone.
+        tick(30);
+        lateTick(900);
+        lateTick(-400); // early, as when the clock is set back a little
+        tick(28);
+        QCOMPARE(m_item->title, QStringLiteral("24:00"));
+        QCOMPARE(m_item->toolTipChanges, 1);
+
+        // Paused, the countdown stands still and so does its time.
+        AppState::setManualPause(true);
+        QCOMPARE(m_item->toolTip, QStringLiteral("24:00"));
+        now = now.addSecs(10 * 60);
+        AppState::setManualPause(false); // 09:11, a whole work period again
+        QCOMPARE(m_item->toolTip, QStringLiteral("Next break at 09:36"));
+        QCOMPARE(m_item->toolTipChanges, 3);
+
+        // The machine slept between two ticks (no lock stopped the countdown):
+        // the break comes that much later by the clock.
+        now = now.addSecs(3600);
+        tick();
+        QCOMPARE(m_item->toolTip, QStringLiteral("Next break at 10:36"));
+
+        // No time beside the icon: none in the tooltip either.
+        AppState::prefState()->setShowTime(false);
+        QCOMPARE(m_item->toolTip, QString());
+        tick(5);
+        QCOMPARE(m_item->toolTip, QString());
+        AppState::prefState()->setShowTime(true);
+        QCOMPARE(m_item->toolTip, QStringLiteral("Next break at 10:36"));
+
+        // Time up: the break has come, there is nothing to announce.
+        const int changes = m_item->toolTipChanges;
+        tick(25 * 60 - 6);
+        QVERIFY(m_item->title.isEmpty());
+        QCOMPARE(m_item->toolTip, QString());
+        QCOMPARE(m_item->toolTipChanges, changes + 1);
     }
 
     void translations()

@@ -200,9 +200,8 @@ void StatusNotifierItem::registerWithWatcher()
 
 DBusToolTip StatusNotifierItem::toolTip() const
 {
-    // No pixmaps: panels show the item's own icon, and the tooltip is re-read
-    // with every change of the time.
-    return {m_iconName, {}, AppInfo::name(), m_label};
+    // No pixmaps: panels show the item's own icon.
+    return {m_iconName, {}, AppInfo::name(), m_toolTip};
 }
 
 void StatusNotifierItem::setLabel(const QString &label)
@@ -210,12 +209,21 @@ void StatusNotifierItem::setLabel(const QString &label)
     if (label == m_label)
         return;
     m_label = label;
-    // Every second while counting: both go out in one write (see
-    // MainLoopBus::sendTextSignals). The tooltip repeats the label, so panels
-    // re-read it too.
+    // Every second while counting (see MainLoopBus::sendTextSignals).
     if (m_exported && m_bus)
         m_bus->sendTextSignals(objectPath, interfaceName,
-                               {{"XAyatanaNewLabel", {m_label, labelGuide()}}, {"NewToolTip", {}}});
+                               {{"XAyatanaNewLabel", {m_label, labelGuide()}}});
+}
+
+void StatusNotifierItem::setToolTip(const QString &text)
+{
+    if (text == m_toolTip)
+        return;
+    m_toolTip = text;
+    // Panels read the tooltip back when told; Plasma reads every property,
+    // the emblem's pixmaps included. That is why this is not the label.
+    if (m_exported && m_bus)
+        m_bus->sendTextSignals(objectPath, interfaceName, {{"NewToolTip", {}}});
 }
 
 bool StatusNotifierItem::writeProperty(DBusMessageIter *it, const QString &name) const

@@ -12,7 +12,8 @@ class MainLoopBus;
 // Narv's item in the panel: an org.kde.StatusNotifierItem at
 // /StatusNotifierItem under the name org.kde.StatusNotifierItem-<pid>-1, on
 // the main thread's own bus connection (MainLoopBus). The title (the remaining
-// time) is the Ayatana label beside the icon and the tooltip's text; the menu
+// time) is the Ayatana label beside the icon; the tooltip says when the next
+// break comes (StatusBarController::toolTip()); the menu
 // is the one DBusMenuExporter publishes on the same connection. The interface
 // is org.kde.StatusNotifierItem.xml, which is also what Introspect returns.
 //
@@ -36,6 +37,7 @@ public:
     bool watcherPresent() const;
 
     QString label() const { return m_label; }
+    QString toolTipText() const { return m_toolTip; }
     DBusImageList iconPixmap() const { return m_pixmaps; }
     // The emblem, smallest first, in the sizes the build drew it
     // (make_tray_images): panels poll the item often, some on every tooltip
@@ -47,6 +49,8 @@ public:
 
     // The text beside the icon; empty shows the icon alone.
     void setLabel(const QString &label);
+    // The tooltip's text under the name.
+    void setToolTip(const QString &text);
 
 Q_SIGNALS:
     // A watcher appeared (true) or went away (false).
@@ -62,6 +66,7 @@ private:
     QString m_serviceName;
     bool m_exported = false;
     QString m_label;
+    QString m_toolTip;
     QString m_iconName; // empty while the icon theme has no icon of ours
     DBusImageList m_pixmaps;
 };

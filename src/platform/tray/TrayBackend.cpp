@@ -83,6 +83,12 @@ void TrayBackend::setTitle(const QString &title)
         m_fallback->setTitle(title);
 }
 
+void TrayBackend::setToolTip(const QString &text)
+{
+    if (m_item)
+        m_item->setToolTip(text);
+}
+
 void TrayBackend::setPauseItem(const QString &, const QString &)
 {
     const StatusBarController::MenuItem *pause =

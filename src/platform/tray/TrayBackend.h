@@ -23,6 +23,10 @@ public:
     static void install();
 
     void setTitle(const QString &title) override;
+    // The status item's tooltip. The classic icon keeps its own, "Narv 24:59":
+    // it shows no text beside the icon, and changing its tooltip costs no
+    // one else anything.
+    void setToolTip(const QString &text) override;
     void setPauseItem(const QString &image, const QString &title) override;
     void menuLayoutChanged() override;
     void menuItemChanged(int id) override;
