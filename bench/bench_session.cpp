@@ -22,7 +22,10 @@
 //
 // It prints "sample <who> <what> <value>" for every measurement and, at the
 // end, "median <who> <what> <median> <min> <max> <count>"; bench/run turns
-// those into bench/results.md. Progress goes to standard error.
+// those into bench/results.md. At the end of each run, Narv's figures are
+// also divided by each peer's of the same run: "sample narv <what>/<peer>
+// <ratio>", so that the ratios compare programs measured side by side, not
+// medians taken from different runs. Progress goes to standard error.
 //
 // Narv is two processes: the counting one, and `narv --views`, which it starts
 // for its windows (and 10 s before a break) and ends when they have closed.
@@ -668,17 +671,37 @@ public:
         startups();
         for (int run = 1; run <= m_options.runs; ++run) {
             progress(QStringLiteral("run %1 of %2").arg(run).arg(m_options.runs));
+            m_thisRun.clear();
+            info(QStringLiteral("run"), QString::number(run)); // the samples after it are this run's
             oneRun();
+            sampleRatios();
         }
         printMedians();
     }
 
 private:
+    // Four decimals: CPU figures are hundredths of a per cent, and a verdict
+    // must not hang on how the last printed digit was rounded.
     void sample(const QString &who, const QString &what, double value)
     {
         m_samples[who][what].append(value);
-        std::printf("sample %s %s %.3f\n", qPrintable(who), qPrintable(what), value);
+        m_thisRun[who][what] = value;
+        std::printf("sample %s %s %.4f\n", qPrintable(who), qPrintable(what), value);
         std::fflush(stdout);
+    }
+
+    // Narv's figures of this run over each peer's of the same figure and run.
+    void sampleRatios()
+    {
+        const QMap<QString, double> narv = m_thisRun.value(QStringLiteral("narv"));
+        for (const Program &peer : m_options.peers) {
+            const QMap<QString, double> theirs = m_thisRun.value(peer.id);
+            for (auto it = narv.cbegin(); it != narv.cend(); ++it) {
+                if (theirs.value(it.key()) > 0)
+                    sample(QStringLiteral("narv"), it.key() + u'/' + peer.id,
+                           it.value() / theirs.value(it.key()));
+            }
+        }
     }
 
     void info(const QString &key, const QString &text)
@@ -1073,7 +1096,7 @@ private:
                 const double median = v.size() % 2
                                           ? v.at(v.size() / 2)
                                           : (v.at(v.size() / 2 - 1) + v.at(v.size() / 2)) / 2;
-                std::printf("median %s %s %.3f %.3f %.3f %lld\n", qPrintable(who.key()),
+                std::printf("median %s %s %.4f %.4f %.4f %lld\n", qPrintable(who.key()),
                             qPrintable(what.key()), median, v.first(), v.last(),
                             static_cast<long long>(v.size()));
             }
@@ -1087,6 +1110,7 @@ private:
     std::unique_ptr<FakeStatusNotifierWatcher> m_watcher;
     QHash<qint64, double> m_registeredAt; // pid -> ms
     QMap<QString, QMap<QString, QList<double>>> m_samples;
+    QMap<QString, QMap<QString, double>> m_thisRun; // who -> what -> the run's (last) value
 };
 
 } // namespace
