@@ -1,17 +1,20 @@
 #include "app/TickSource.h"
 
-TimerTickSource::TimerTickSource(QObject *parent) : TickSource(parent)
-{
-    m_timer.setInterval(1000);
-    // A coarse timer may drift by up to 5 % per tick; a 25-minute period would
-    // then end more than a minute late.
-    m_timer.setTimerType(Qt::PreciseTimer);
-    connect(&m_timer, &QTimer::timeout, this, &TickSource::tick);
-}
+#include <QTimerEvent>
 
 void TimerTickSource::start()
 {
-    m_timer.start();
+    // A coarse timer may drift by up to 5 % per tick; a 25-minute period would
+    // then end more than a minute late.
+    m_timer.start(1000, Qt::PreciseTimer, this);
+}
+
+void TimerTickSource::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == m_timer.timerId())
+        Q_EMIT tick();
+    else
+        TickSource::timerEvent(event);
 }
 
 void TimerTickSource::stop()

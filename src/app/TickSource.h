@@ -1,7 +1,7 @@
 #pragma once
 
+#include <QBasicTimer>
 #include <QObject>
-#include <QTimer>
 
 // The one-second beat of the countdown. The real one is a precise QTimer on the
 // main thread; tests use ManualTickSource and step it.
@@ -19,16 +19,22 @@ Q_SIGNALS:
     void tick();
 };
 
+// A precise one-second timer of this object's own: its tick is emitted
+// straight from the timer event, without a QTimer and its timeout signal in
+// between (this runs every second of the program's life).
 class TimerTickSource : public TickSource {
     Q_OBJECT
 public:
-    explicit TimerTickSource(QObject *parent = nullptr);
+    using TickSource::TickSource;
     void start() override;
     void stop() override;
     bool isActive() const override { return m_timer.isActive(); }
 
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
 private:
-    QTimer m_timer;
+    QBasicTimer m_timer;
 };
 
 class ManualTickSource : public TickSource {

@@ -28,16 +28,26 @@
 #include <QDBusPendingCall>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QSet>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QXmlStreamReader>
 
 #include <dbus/dbus.h>
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <thread>
 
+#include <cstdio>
 #include <memory>
 
 using TestSupport::ScratchHome;
@@ -137,6 +147,8 @@ private Q_SLOTS:
     void textSignalsAreWhatLibdbusWrites_data();
     void textSignalsAreWhatLibdbusWrites();
     void textSignalsArriveInOrderThroughAFullSocket();
+    void keptLabelFrameIsWrittenOver();
+    void noWriteOnceTheBusHasGone();
 
 private:
     QDBusMessage call(const QString &path, const QString &interface, const QString &method,
@@ -366,8 +378,16 @@ void TestTrayInterfaces::imagesWithoutQtGui()
     QCOMPARE(icons, 5);
 }
 
+namespace {
+int busGoneChild(int argc, char **argv);
+}
+
 int main(int argc, char **argv)
 {
+    const int child = TestSupport::runChildMode(
+        argc, argv, {{"bus-gone", [&] { return busGoneChild(argc, argv); }}});
+    if (child >= 0)
+        return child;
     QCoreApplication app(argc, argv);
     TestTrayInterfaces test;
     return QTest::qExec(&test, argc, argv);
@@ -498,3 +518,180 @@ void TestTrayInterfaces::textSignalsArriveInOrderThroughAFullSocket()
     QCOMPARE(log.toolTips, 3000);
     QVERIFY(listener.interface()->isServiceRegistered(sender->uniqueName()).value());
 }
+
+// The label's frame kept from one second to the next and written over: a
+// listener of libdbus's own reads every label with its guide, in order, each
+// with a serial of its own, whether the frame was written over (same length),
+// made anew (another length, after a text that is not ASCII) or left aside
+// for libdbus (not ASCII), and with other messages in between.
+void TestTrayInterfaces::keptLabelFrameIsWrittenOver()
+{
+    QString error;
+    std::unique_ptr<MainLoopBus> sender = MainLoopBus::connectToSessionBus(&error);
+    QVERIFY2(sender, qPrintable(error));
+    DBusError dbusError;
+    dbus_error_init(&dbusError);
+    DBusConnection *listener = dbus_bus_get_private(DBUS_BUS_SESSION, &dbusError);
+    QVERIFY2(listener, dbusError.message);
+    const auto close = qScopeGuard([listener] {
+        dbus_connection_close(listener);
+        dbus_connection_unref(listener);
+    });
+    const QByteArray rule =
+        "type='signal',path='/StatusNotifierItem',sender='" + sender->uniqueName().toUtf8() + "'";
+    dbus_bus_add_match(listener, rule.constData(), &dbusError); // waits for the bus
+    QVERIFY2(!dbus_error_is_set(&dbusError), dbusError.message);
+
+    const QString other = QStringLiteral("\u4f11\u606f 05:00");
+    const QStringList labels{QStringLiteral("25:00"),   QStringLiteral("24:59"),
+                             QStringLiteral("24:58"),   QStringLiteral("0102:05"),
+                             QStringLiteral("0102:04"), other,
+                             QStringLiteral("24:57"),   QStringLiteral("24:56")};
+    QStringList sent;
+    for (const QString &label : labels) {
+        sender->sendTextSignal(StatusNotifierItem::objectPath, StatusNotifierItem::interfaceName,
+                               "XAyatanaNewLabel", {label, StatusNotifierItem::labelGuide()});
+        sent.append(label);
+        if (label == u"24:58") {
+            sender->sendTextSignals(StatusNotifierItem::objectPath,
+                                    StatusNotifierItem::interfaceName, {{"NewToolTip", {}}});
+            sent.append(QStringLiteral("(tooltip)"));
+        } else if (label == u"0102:04") {
+            DBusMessage *m =
+                dbus_message_new_signal(StatusNotifierItem::objectPath,
+                                        StatusNotifierItem::interfaceName, "XAyatanaNewLabel");
+            DBusMessageIter it;
+            dbus_message_iter_init_append(m, &it);
+            DBusWrite::string(&it, QStringLiteral("libdbus"));
+            DBusWrite::string(&it, StatusNotifierItem::labelGuide());
+            sender->send(m);
+            sent.append(QStringLiteral("libdbus"));
+        }
+    }
+    // Three texts: the header fields end 1 past a multiple of 8, so the body
+    // starts after padding that 4-alignment alone would get wrong.
+    for (const QString &text : {QStringLiteral("one"), QStringLiteral("two")}) {
+        sender->sendTextSignal(StatusNotifierItem::objectPath, StatusNotifierItem::interfaceName,
+                               "Three", {text, text, text});
+        sent.append(text);
+    }
+
+    QStringList received;
+    QList<quint32> serials;
+    QDeadlineTimer deadline(10000);
+    while (received.size() < sent.size() && !deadline.hasExpired()) {
+        dbus_connection_read_write(listener, 100);
+        while (DBusMessage *m = dbus_connection_pop_message(listener)) {
+            if (dbus_message_get_path(m) &&
+                qstrcmp(dbus_message_get_path(m), "/StatusNotifierItem") == 0) {
+                serials.append(dbus_message_get_serial(m));
+                if (dbus_message_is_signal(m, StatusNotifierItem::interfaceName, "NewToolTip")) {
+                    received.append(QStringLiteral("(tooltip)"));
+                } else if (dbus_message_is_signal(m, StatusNotifierItem::interfaceName, "Three")) {
+                    DBusMessageIter args;
+                    dbus_message_iter_init(m, &args);
+                    const QString text = DBusRead::next(&args).toString();
+                    QCOMPARE(DBusRead::next(&args).toString(), text);
+                    QCOMPARE(DBusRead::next(&args).toString(), text);
+                    received.append(text);
+                } else {
+                    DBusMessageIter args;
+                    dbus_message_iter_init(m, &args);
+                    const QString label = DBusRead::next(&args).toString();
+                    QCOMPARE(DBusRead::next(&args).toString(), StatusNotifierItem::labelGuide());
+                    received.append(label);
+                }
+            }
+            dbus_message_unref(m);
+        }
+    }
+    QCOMPARE(received, sent);
+    QCOMPARE(QSet<quint32>(serials.cbegin(), serials.cend()).size(), serials.size());
+    QVERIFY(dbus_connection_get_is_connected(listener));
+    QVERIFY(sender->nameHasOwner(sender->uniqueName())); // the bus kept our connection
+}
+
+// The item writes on the bus socket itself. When the bus goes, libdbus closes
+// that socket, and its number is soon some other file's: the item must not
+// write there. A child on a bus of the test's own sends a label, the bus is
+// stopped, another socket takes the old number, and the labels sent then must
+// not reach it. (A child: libdbus keeps the first session bus address
+// it was given for the life of the process.)
+void TestTrayInterfaces::noWriteOnceTheBusHasGone()
+{
+    QProcess daemon;
+    daemon.start(QStringLiteral("dbus-daemon"),
+                 {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                  QStringLiteral("--print-address")});
+    QVERIFY(daemon.waitForReadyRead(5000));
+    const QByteArray address = daemon.readLine().trimmed();
+    const QByteArray sessionBus = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+    QTemporaryDir home;
+    const auto child = TestSupport::runChild(QStringLiteral("bus-gone"), home.path(),
+                                             {QString::number(daemon.processId())});
+    qputenv("DBUS_SESSION_BUS_ADDRESS", sessionBus);
+    QVERIFY2(child.exitCode == 0, child.err.constData());
+    QVERIFY(daemon.waitForFinished(5000)); // the child stopped it
+}
+
+namespace {
+QSet<int> openDescriptors()
+{
+    QSet<int> fds;
+    for (const QString &name : QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files))
+        fds.insert(name.toInt());
+    return fds;
+}
+
+// Exits 0 when nothing reached the socket's number after the bus went.
+int busGoneChild(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    const auto fail = [](const char *what) {
+        std::fprintf(stderr, "%s\n", what);
+        return 1;
+    };
+    const QSet<int> before = openDescriptors();
+    QString error;
+    std::unique_ptr<MainLoopBus> sender = MainLoopBus::connectToSessionBus(&error);
+    if (!sender)
+        return fail("no bus");
+    const QSet<int> added = openDescriptors() - before;
+    if (added.size() != 1)
+        return fail("not one new descriptor for the bus");
+    const int socket = *added.cbegin();
+    const auto label = [&](QStringView text) {
+        sender->sendTextSignal(StatusNotifierItem::objectPath, StatusNotifierItem::interfaceName,
+                               "XAyatanaNewLabel", {text, u"00:00"});
+        sender->sendTextSignals(StatusNotifierItem::objectPath, StatusNotifierItem::interfaceName,
+                                {{"NewToolTip", {}}});
+    };
+    label(u"25:00");
+
+    ::kill(pid_t(QByteArray(argv[3]).toLongLong()), SIGKILL);
+    // libdbus reads the end of the stream from the event loop, and closes.
+    QDeadlineTimer deadline(5000);
+    while (openDescriptors().contains(socket) && !deadline.hasExpired())
+        QTest::qWait(20);
+    if (openDescriptors().contains(socket))
+        return fail("libdbus kept the socket of a bus that has gone");
+    // A socket pair, as another connection of the program's would be: both
+    // ends above the old number, one of them also at it.
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends) != 0)
+        return fail("no socket pair");
+    const int readEnd = ::fcntl(ends[0], F_DUPFD_CLOEXEC, socket + 1);
+    const int writeEnd = ::fcntl(ends[1], F_DUPFD_CLOEXEC, socket + 1);
+    ::close(ends[0]);
+    ::close(ends[1]);
+    if (readEnd < 0 || writeEnd < 0 || ::dup2(writeEnd, socket) != socket)
+        return fail("no socket at the old number");
+    label(u"24:59");
+    label(u"0102:05");
+    char byte = 0;
+    if (::read(readEnd, &byte, 1) != -1 || errno != EAGAIN)
+        return fail("a label was written to what took the bus socket's number");
+    return 0;
+}
+} // namespace

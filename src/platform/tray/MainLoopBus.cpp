@@ -39,10 +39,13 @@ void freeWatch(void *data)
 {
     auto *n = static_cast<WatchNotifiers *>(data);
     // A watch may go while its own notifier is delivering: later, not now.
-    if (n->read)
-        n->read->deleteLater();
-    if (n->write)
-        n->write->deleteLater();
+    // Disabled at once: libdbus may close the socket right after (a lost bus).
+    for (QSocketNotifier *notifier : {n->read, n->write}) {
+        if (notifier) {
+            notifier->setEnabled(false);
+            notifier->deleteLater();
+        }
+    }
     delete n;
 }
 
@@ -93,6 +96,8 @@ MainLoopBus::MainLoopBus(DBusConnection *connection) : m_connection(connection)
             auto *bus = static_cast<MainLoopBus *>(self);
             const int fd = dbus_watch_get_unix_fd(watch);
             const unsigned flags = dbus_watch_get_flags(watch);
+            bus->m_socket = fd;
+            ++bus->m_watches;
             auto *n = new WatchNotifiers;
             if (flags & DBUS_WATCH_READABLE) {
                 n->read = new QSocketNotifier(fd, QSocketNotifier::Read);
@@ -112,8 +117,14 @@ MainLoopBus::MainLoopBus(DBusConnection *connection) : m_connection(connection)
             toggleWatch(watch, self);
             return true;
         },
-        [](DBusWatch *watch, void *) { dbus_watch_set_data(watch, nullptr, nullptr); }, toggleWatch,
-        this, nullptr);
+        [](DBusWatch *watch, void *self) {
+            // libdbus takes its watches away before it closes the socket.
+            auto *bus = static_cast<MainLoopBus *>(self);
+            if (--bus->m_watches == 0)
+                bus->m_socket = -1;
+            dbus_watch_set_data(watch, nullptr, nullptr);
+        },
+        toggleWatch, this, nullptr);
     dbus_connection_set_timeout_functions(
         m_connection,
         [](DBusTimeout *timeout, void *self) -> dbus_bool_t {
@@ -365,8 +376,8 @@ QByteArray MainLoopBus::textSignalFrames(const char *path, const char *iface,
 
 bool MainLoopBus::writeWhole(const char *data, qsizetype size)
 {
-    int fd = -1;
-    if (!dbus_connection_get_socket(m_connection, &fd) || fd < 0)
+    const int fd = m_socket;
+    if (fd < 0)
         return false;
     qsizetype written = 0;
     while (written < size) {
@@ -399,6 +410,17 @@ bool MainLoopBus::writeWhole(const char *data, qsizetype size)
     return true;
 }
 
+bool MainLoopBus::writeOwn(const char *data, qsizetype size, int count)
+{
+    // A connection that has gone takes no write either, and libdbus says so
+    // when the caller sends through it instead.
+    if (dbus_connection_has_messages_to_send(m_connection) || !writeWhole(data, size))
+        return false;
+    for (int i = 0; i < count; ++i)
+        m_ownSerial = nextOwnSerial(m_ownSerial);
+    return true;
+}
+
 void MainLoopBus::sendTextSignals(const char *path, const char *iface,
                                   const QList<TextSignal> &list)
 {
@@ -406,16 +428,11 @@ void MainLoopBus::sendTextSignals(const char *path, const char *iface,
         return;
     const bool fits = std::all_of(list.cbegin(), list.cend(),
                                   [](const TextSignal &s) { return s.texts.size() <= 8; });
-    // A connection that has gone takes no write either, and libdbus below
-    // says so.
-    if (fits && !dbus_connection_has_messages_to_send(m_connection)) {
+    if (fits) {
         Frames frames;
         writeFrames(frames, path, iface, list, m_ownSerial);
-        if (writeWhole(frames.constData(), frames.size())) {
-            for (qsizetype i = 0; i < list.size(); ++i)
-                m_ownSerial = nextOwnSerial(m_ownSerial);
+        if (writeOwn(frames.constData(), frames.size(), int(list.size())))
             return;
-        }
     }
     for (const TextSignal &signal : list) {
         DBusMessage *message = dbus_message_new_signal(path, iface, signal.member);
@@ -425,6 +442,70 @@ void MainLoopBus::sendTextSignals(const char *path, const char *iface,
             DBusWrite::string(&it, text);
         send(message);
     }
+}
+
+namespace {
+bool isAscii(QStringView text)
+{
+    for (const QChar c : text) {
+        if (c.unicode() >= 0x80)
+            return false;
+    }
+    return true;
+}
+} // namespace
+
+void MainLoopBus::sendTextSignal(const char *path, const char *iface, const char *member,
+                                 std::initializer_list<QStringView> texts)
+{
+    KeptFrame &kept = m_kept;
+    // The same string constants as last time, and texts that fit their places.
+    bool same = kept.member == member && kept.path == path && kept.iface == iface &&
+                kept.textAt.size() == qsizetype(texts.size());
+    for (qsizetype i = 0; same && i < kept.textAt.size(); ++i) {
+        const QStringView text = texts.begin()[i];
+        same = text.size() == kept.textSize[i] && isAscii(text);
+    }
+    if (!same) {
+        QStringList list;
+        for (const QStringView text : texts)
+            list.append(text.toString());
+        const QList<TextSignal> signal{{member, list}};
+        if (list.size() > 8 || !std::all_of(texts.begin(), texts.end(), isAscii)) {
+            kept = {};
+            sendTextSignals(path, iface, signal);
+            return;
+        }
+        Frames frames;
+        writeFrames(frames, path, iface, signal, m_ownSerial);
+        kept = {path, iface, member, QByteArray(frames.constData(), frames.size()), {}, {}};
+        // The body starts at the first multiple of 8 after the header
+        // fields; each text is a length, its bytes and a NUL, 4-aligned.
+        quint32 fields = 0;
+        std::memcpy(&fields, kept.bytes.constData() + 12, 4);
+        qsizetype at = (16 + qsizetype(fields) + 7) & ~qsizetype(7);
+        for (const QStringView text : texts) {
+            at = (at + 3) & ~qsizetype(3);
+            kept.textAt.append(at + 4);
+            kept.textSize.append(text.size());
+            at += 4 + text.size() + 1;
+        }
+    }
+    char *bytes = kept.bytes.data();
+    std::memcpy(bytes + 8, &m_ownSerial, 4); // the serial, in our byte order
+    for (qsizetype i = 0; i < kept.textAt.size(); ++i) {
+        char *to = bytes + kept.textAt[i];
+        for (const QChar c : texts.begin()[i])
+            *to++ = char(c.unicode());
+    }
+    if (writeOwn(bytes, kept.bytes.size(), 1))
+        return;
+    DBusMessage *message = dbus_message_new_signal(path, iface, member);
+    DBusMessageIter it;
+    dbus_message_iter_init_append(message, &it);
+    for (const QStringView text : texts)
+        DBusWrite::string(&it, text.toString());
+    send(message);
 }
 
 void MainLoopBus::callAsync(DBusMessage *call, std::function<void(DBusMessage *)> done,

@@ -7,7 +7,10 @@
 
 #include <dbus/dbus.h>
 
+#include <QVarLengthArray>
+
 #include <functional>
+#include <initializer_list>
 #include <memory>
 
 // A connection to the session bus of the status item's own, served on the
@@ -58,6 +61,12 @@ public:
     // waiting to go out, or the socket takes nothing, they go through libdbus
     // after all, so messages reach the bus in the order they were sent.
     void sendTextSignals(const char *path, const char *iface, const QList<TextSignal> &list);
+    // One such signal, as the label goes every second. The frame written last
+    // time is kept: when the texts are ASCII and as long as then (the time
+    // "24:59" after "25:00"), their bytes and the serial are written over it
+    // and it goes out again, with nothing built. Otherwise as above.
+    void sendTextSignal(const char *path, const char *iface, const char *member,
+                        std::initializer_list<QStringView> texts);
     // What sendTextSignals() writes: the signals in D-Bus wire format, serial
     // after serial, in this machine's byte order.
     static QByteArray textSignalFrames(const char *path, const char *iface,
@@ -78,13 +87,31 @@ private:
 
     // Writes all of data to the socket; false when not one byte went out.
     bool writeWhole(const char *data, qsizetype size);
+    // Writes frames of ours with the next serials, unless libdbus has messages
+    // of its own waiting; false when they did not go (send them through libdbus).
+    bool writeOwn(const char *data, qsizetype size, int count);
 
     DBusConnection *m_connection = nullptr;
+    // The bus socket, known from libdbus's watches on it: -1 once they are
+    // gone (libdbus closes it right after), so a write never reaches a
+    // descriptor that has been closed and given to something else.
+    int m_socket = -1;
+    int m_watches = 0;
     bool m_dispatchPending = false;
     // Serials of the frames sendTextSignals() writes itself. libdbus numbers
     // its own messages from 1 up; ours start half-way, so the two never meet
     // (this connection sends a few messages a second).
     quint32 m_ownSerial = 0x80000000u;
+    // The frame sendTextSignal() wrote last, when its texts were all ASCII:
+    // where each text's bytes are, and how many.
+    struct KeptFrame {
+        const char *path = nullptr;
+        const char *iface = nullptr;
+        const char *member = nullptr;
+        QByteArray bytes;
+        QVarLengthArray<qsizetype, 4> textAt;
+        QVarLengthArray<qsizetype, 4> textSize;
+    } m_kept;
     QList<QPair<QString, std::function<void(const QString &)>>> m_watchedNames;
 };
 

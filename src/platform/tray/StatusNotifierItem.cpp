@@ -209,10 +209,11 @@ void StatusNotifierItem::setLabel(const QString &label)
     if (label == m_label)
         return;
     m_label = label;
-    // Every second while counting (see MainLoopBus::sendTextSignals).
+    // Every second while counting: the same frame as a second ago with other
+    // digits (see MainLoopBus::sendTextSignal).
     if (m_exported && m_bus)
-        m_bus->sendTextSignals(objectPath, interfaceName,
-                               {{"XAyatanaNewLabel", {m_label, labelGuide()}}});
+        m_bus->sendTextSignal(objectPath, interfaceName, "XAyatanaNewLabel",
+                              {m_label, labelGuide()});
 }
 
 void StatusNotifierItem::setToolTip(const QString &text)
