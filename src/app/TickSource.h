@@ -3,7 +3,7 @@
 #include <QBasicTimer>
 #include <QObject>
 
-// The one-second beat of the countdown. The real one is a precise QTimer on the
+// The one-second beat of the countdown. The real one is a precise timer on the
 // main thread; tests use ManualTickSource and step it.
 class TickSource : public QObject {
     Q_OBJECT

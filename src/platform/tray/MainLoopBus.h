@@ -3,11 +3,10 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QVarLengthArray>
 #include <QVariant>
 
 #include <dbus/dbus.h>
-
-#include <QVarLengthArray>
 
 #include <functional>
 #include <initializer_list>

@@ -37,7 +37,6 @@ public:
     bool watcherPresent() const;
 
     QString label() const { return m_label; }
-    QString toolTipText() const { return m_toolTip; }
     DBusImageList iconPixmap() const { return m_pixmaps; }
     // The emblem, smallest first, in the sizes the build drew it
     // (make_tray_images): panels poll the item often, some on every tooltip
