@@ -434,14 +434,18 @@ void MainLoopBus::sendTextSignals(const char *path, const char *iface,
         if (writeOwn(frames.constData(), frames.size(), int(list.size())))
             return;
     }
-    for (const TextSignal &signal : list) {
-        DBusMessage *message = dbus_message_new_signal(path, iface, signal.member);
-        DBusMessageIter it;
-        dbus_message_iter_init_append(message, &it);
-        for (const QString &text : signal.texts)
-            DBusWrite::string(&it, text);
-        send(message);
-    }
+    for (const TextSignal &signal : list)
+        sendThroughLibdbus(path, iface, signal);
+}
+
+void MainLoopBus::sendThroughLibdbus(const char *path, const char *iface, const TextSignal &signal)
+{
+    DBusMessage *message = dbus_message_new_signal(path, iface, signal.member);
+    DBusMessageIter it;
+    dbus_message_iter_init_append(message, &it);
+    for (const QString &text : signal.texts)
+        DBusWrite::string(&it, text);
+    send(message);
 }
 
 namespace {
@@ -466,12 +470,15 @@ void MainLoopBus::sendTextSignal(const char *path, const char *iface, const char
         const QStringView text = texts.begin()[i];
         same = text.size() == kept.textSize[i] && isAscii(text);
     }
-    if (!same) {
-        QStringList list;
+    const auto asSignal = [&] {
+        TextSignal signal{member, {}};
         for (const QStringView text : texts)
-            list.append(text.toString());
-        const QList<TextSignal> signal{{member, list}};
-        if (list.size() > 8 || !std::all_of(texts.begin(), texts.end(), isAscii)) {
+            signal.texts.append(text.toString());
+        return signal;
+    };
+    if (!same) {
+        const QList<TextSignal> signal{asSignal()};
+        if (texts.size() > 8 || !std::all_of(texts.begin(), texts.end(), isAscii)) {
             kept = {};
             sendTextSignals(path, iface, signal);
             return;
@@ -498,14 +505,8 @@ void MainLoopBus::sendTextSignal(const char *path, const char *iface, const char
         for (const QChar c : texts.begin()[i])
             *to++ = char(c.unicode());
     }
-    if (writeOwn(bytes, kept.bytes.size(), 1))
-        return;
-    DBusMessage *message = dbus_message_new_signal(path, iface, member);
-    DBusMessageIter it;
-    dbus_message_iter_init_append(message, &it);
-    for (const QStringView text : texts)
-        DBusWrite::string(&it, text.toString());
-    send(message);
+    if (!writeOwn(bytes, kept.bytes.size(), 1))
+        sendThroughLibdbus(path, iface, asSignal());
 }
 
 void MainLoopBus::callAsync(DBusMessage *call, std::function<void(DBusMessage *)> done,

@@ -89,6 +89,8 @@ private:
     // Writes frames of ours with the next serials, unless libdbus has messages
     // of its own waiting; false when they did not go (send them through libdbus).
     bool writeOwn(const char *data, qsizetype size, int count);
+    // Builds the signal with libdbus and sends it, behind whatever libdbus has waiting.
+    void sendThroughLibdbus(const char *path, const char *iface, const TextSignal &signal);
 
     DBusConnection *m_connection = nullptr;
     // The bus socket, known from libdbus's watches on it: -1 once they are
