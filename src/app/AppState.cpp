@@ -10,6 +10,7 @@
 #include "settings/PreferencesStore.h"
 #include "settings/PromptState.h"
 #include "statusbar/StatusBarController.h"
+#include "app/TickPath.h"
 
 #include <QPointer>
 
@@ -94,7 +95,7 @@ PromptState *AppState::promptState()
     return state;
 }
 
-TicktackState *AppState::workState()
+NARV_TICK_PATH TicktackState *AppState::workState()
 {
     static TicktackState *state = new TicktackState;
     return state;

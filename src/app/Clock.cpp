@@ -1,9 +1,10 @@
 #include "app/Clock.h"
+#include "app/TickPath.h"
 
 #include <chrono>
 
 namespace {
-std::function<QDateTime()> &source()
+NARV_TICK_PATH std::function<QDateTime()> &source()
 {
     static std::function<QDateTime()> s;
     return s;
@@ -23,7 +24,7 @@ QDateTime Clock::now()
     return QDateTime::currentDateTime();
 }
 
-qint64 Clock::nowMs()
+NARV_TICK_PATH qint64 Clock::nowMs()
 {
     if (auto &s = source())
         return s().toMSecsSinceEpoch();

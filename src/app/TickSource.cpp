@@ -1,4 +1,5 @@
 #include "app/TickSource.h"
+#include "app/TickPath.h"
 
 #include <QTimerEvent>
 
@@ -9,7 +10,7 @@ void TimerTickSource::start()
     m_timer.start(1000, Qt::PreciseTimer, this);
 }
 
-void TimerTickSource::timerEvent(QTimerEvent *event)
+NARV_TICK_PATH void TimerTickSource::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() == m_timer.timerId())
         Q_EMIT tick();

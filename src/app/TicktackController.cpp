@@ -4,6 +4,7 @@
 #include "app/Log.h"
 #include "app/TickSource.h"
 #include "app/TicktackState.h"
+#include "app/TickPath.h"
 
 #include <QPointer>
 
@@ -14,14 +15,14 @@
 namespace {
 // Minutes and seconds as "%02d" writes them (0 to 59), without QString::arg:
 // this runs every second of the program's life.
-void appendTwoDigits(QString &text, qint64 value)
+NARV_TICK_PATH void appendTwoDigits(QString &text, qint64 value)
 {
     text.append(QChar(u'0' + int(value / 10)));
     text.append(QChar(u'0' + int(value % 10)));
 }
 } // namespace
 
-QString timeString(qint64 seconds)
+NARV_TICK_PATH QString timeString(qint64 seconds)
 {
     if (seconds <= 0)
         return QStringLiteral("00:00");
@@ -59,13 +60,13 @@ struct Controller {
     quint64 generations = 0;
 };
 
-Controller &controller()
+NARV_TICK_PATH Controller &controller()
 {
     static Controller c;
     return c;
 }
 
-void onTick(Countdown *countdown)
+NARV_TICK_PATH void onTick(Countdown *countdown)
 {
     if (countdown->remaining == std::numeric_limits<qint64>::min())
         qFatal("ticktack counter overflow");
@@ -173,7 +174,7 @@ bool TicktackController::isRunning()
     return controller().cancellable != nullptr;
 }
 
-qint64 TicktackController::remaining(const TicktackState *state)
+NARV_TICK_PATH qint64 TicktackController::remaining(const TicktackState *state)
 {
     const auto &running = controller().cancellable;
     if (!running || !state || running->state != state)

@@ -1,6 +1,7 @@
 #include "app/TicktackState.h"
+#include "app/TickPath.h"
 
-void TicktackState::setTimeString(const QString &value)
+NARV_TICK_PATH void TicktackState::setTimeString(const QString &value)
 {
     m_timeString = value;
     Q_EMIT timeStringChanged();

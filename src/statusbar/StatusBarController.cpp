@@ -11,6 +11,7 @@
 #include "settings/PrefState.h"
 #include "settings/PromptState.h"
 #include "statusbar/MenuAction.h"
+#include "app/TickPath.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -45,13 +46,13 @@ struct Item {
     WaterSource water;
 };
 
-Item &state()
+NARV_TICK_PATH Item &state()
 {
     static Item item;
     return item;
 }
 
-void applyTitle(const QString &title)
+NARV_TICK_PATH void applyTitle(const QString &title)
 {
     state().title = title;
     if (state().backend)
@@ -62,7 +63,7 @@ void applyTitle(const QString &title)
 // break's moment is only worked out anew, and told, when the schedule moved
 // (a restart, a pause, the machine waking from sleep) and not for the few
 // milliseconds a tick comes late.
-void updateToolTip()
+NARV_TICK_PATH void updateToolTip()
 {
     Item &s = state();
     const qint64 remaining =
@@ -88,7 +89,7 @@ void updateToolTip()
 }
 
 // Runs for every assignment to the work countdown's timesUp or timeString.
-void onCountdown()
+NARV_TICK_PATH void onCountdown()
 {
     TicktackState *work = AppState::workState();
     QString title = work->timeString();

@@ -517,6 +517,28 @@ void TestTrayInterfaces::textSignalsArriveInOrderThroughAFullSocket()
     QCOMPARE(log.labels, sent);
     QCOMPARE(log.toolTips, 3000);
     QVERIFY(listener.interface()->isServiceRegistered(sender->uniqueName()).value());
+
+    // A message of libdbus's own cut off when the daemon stopped reading, and
+    // the daemon reading again before the event loop has had a turn: the
+    // socket takes bytes once more, but the label has to wait behind the rest
+    // of that message, which only the write watch sends.
+    log.labels.clear();
+    QCOMPARE(::kill(daemonPid, SIGSTOP), 0);
+    const QString big(1 << 20, u'x');
+    DBusMessage *m = dbus_message_new_signal(
+        StatusNotifierItem::objectPath, StatusNotifierItem::interfaceName, "XAyatanaNewLabel");
+    DBusMessageIter it;
+    dbus_message_iter_init_append(m, &it);
+    DBusWrite::string(&it, big);
+    sender->send(m);
+    QCOMPARE(::kill(daemonPid, SIGCONT), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    sender->sendTextSignal(StatusNotifierItem::objectPath, StatusNotifierItem::interfaceName,
+                           "XAyatanaNewLabel", {u"24:59", u"00:00"});
+    QTRY_COMPARE_WITH_TIMEOUT(log.labels.size(), 2, 30000);
+    QCOMPARE(log.labels.at(0), big);
+    QCOMPARE(log.labels.at(1), u"24:59");
+    QVERIFY(listener.interface()->isServiceRegistered(sender->uniqueName()).value());
 }
 
 // The label's frame kept from one second to the next and written over: a

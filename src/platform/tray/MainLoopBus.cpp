@@ -1,6 +1,7 @@
 #include "MainLoopBus.h"
 
 #include "app/Log.h"
+#include "app/TickPath.h"
 
 #include <QMetaObject>
 #include <QSocketNotifier>
@@ -23,7 +24,9 @@ struct WatchNotifiers {
     QSocketNotifier *write = nullptr;
 };
 
-void toggleWatch(DBusWatch *watch, void *)
+} // namespace
+
+void MainLoopBus::toggleWatch(DBusWatch *watch, void *self)
 {
     auto *n = static_cast<WatchNotifiers *>(dbus_watch_get_data(watch));
     if (!n)
@@ -31,9 +34,13 @@ void toggleWatch(DBusWatch *watch, void *)
     const bool enabled = dbus_watch_get_enabled(watch);
     if (n->read)
         n->read->setEnabled(enabled);
-    if (n->write)
+    if (n->write) {
         n->write->setEnabled(enabled);
+        static_cast<MainLoopBus *>(self)->m_libdbusWriting = enabled;
+    }
 }
+
+namespace {
 
 void freeWatch(void *data)
 {
@@ -122,6 +129,8 @@ MainLoopBus::MainLoopBus(DBusConnection *connection) : m_connection(connection)
             auto *bus = static_cast<MainLoopBus *>(self);
             if (--bus->m_watches == 0)
                 bus->m_socket = -1;
+            if (dbus_watch_get_flags(watch) & DBUS_WATCH_WRITABLE)
+                bus->m_libdbusWriting = false;
             dbus_watch_set_data(watch, nullptr, nullptr);
         },
         toggleWatch, this, nullptr);
@@ -320,7 +329,7 @@ private:
 };
 
 // Our own serials run from 2^31 to 2^32 - 1 and round again; 0 is not a serial.
-quint32 nextOwnSerial(quint32 serial)
+NARV_TICK_PATH quint32 nextOwnSerial(quint32 serial)
 {
     return serial == 0xffffffffu ? 0x80000000u : serial + 1;
 }
@@ -374,7 +383,7 @@ QByteArray MainLoopBus::textSignalFrames(const char *path, const char *iface,
     return QByteArray(frames.constData(), frames.size());
 }
 
-bool MainLoopBus::writeWhole(const char *data, qsizetype size)
+NARV_TICK_PATH bool MainLoopBus::writeWhole(const char *data, qsizetype size)
 {
     const int fd = m_socket;
     if (fd < 0)
@@ -410,11 +419,11 @@ bool MainLoopBus::writeWhole(const char *data, qsizetype size)
     return true;
 }
 
-bool MainLoopBus::writeOwn(const char *data, qsizetype size, int count)
+NARV_TICK_PATH bool MainLoopBus::writeOwn(const char *data, qsizetype size, int count)
 {
     // A connection that has gone takes no write either, and libdbus says so
     // when the caller sends through it instead.
-    if (dbus_connection_has_messages_to_send(m_connection) || !writeWhole(data, size))
+    if (m_libdbusWriting || !writeWhole(data, size))
         return false;
     for (int i = 0; i < count; ++i)
         m_ownSerial = nextOwnSerial(m_ownSerial);
@@ -449,7 +458,7 @@ void MainLoopBus::sendThroughLibdbus(const char *path, const char *iface, const 
 }
 
 namespace {
-bool isAscii(QStringView text)
+NARV_TICK_PATH bool isAscii(QStringView text)
 {
     for (const QChar c : text) {
         if (c.unicode() >= 0x80)
@@ -459,7 +468,7 @@ bool isAscii(QStringView text)
 }
 } // namespace
 
-void MainLoopBus::sendTextSignal(const char *path, const char *iface, const char *member,
+NARV_TICK_PATH void MainLoopBus::sendTextSignal(const char *path, const char *iface, const char *member,
                                  std::initializer_list<QStringView> texts)
 {
     KeptFrame &kept = m_kept;

@@ -78,6 +78,7 @@ public:
 
 private:
     explicit MainLoopBus(DBusConnection *connection);
+    static void toggleWatch(DBusWatch *watch, void *self);
     void dispatchSoon();
     void dispatch();
 
@@ -98,6 +99,11 @@ private:
     // descriptor that has been closed and given to something else.
     int m_socket = -1;
     int m_watches = 0;
+    // libdbus has bytes of its own waiting to go out: it asks to hear when
+    // the socket takes more (its write watch is on) exactly while it holds
+    // messages it could not write whole, so this is known without asking it
+    // (and taking its lock) at each tick.
+    bool m_libdbusWriting = false;
     bool m_dispatchPending = false;
     // Serials of the frames sendTextSignals() writes itself. libdbus numbers
     // its own messages from 1 up; ours start half-way, so the two never meet

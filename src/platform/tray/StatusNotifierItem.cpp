@@ -5,6 +5,7 @@
 #include "MainLoopBus.h"
 #include "app/AppInfo.h"
 #include "app/Log.h"
+#include "app/TickPath.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -204,7 +205,7 @@ DBusToolTip StatusNotifierItem::toolTip() const
     return {m_iconName, {}, AppInfo::name(), m_toolTip};
 }
 
-void StatusNotifierItem::setLabel(const QString &label)
+NARV_TICK_PATH void StatusNotifierItem::setLabel(const QString &label)
 {
     if (label == m_label)
         return;

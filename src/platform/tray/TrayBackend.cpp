@@ -5,6 +5,7 @@
 #include "MainLoopBus.h"
 #include "StatusNotifierItem.h"
 #include "app/Log.h"
+#include "app/TickPath.h"
 
 #include <QCoreApplication>
 
@@ -74,7 +75,7 @@ void TrayBackend::useFallback(bool use)
     m_fallback->show();
 }
 
-void TrayBackend::setTitle(const QString &title)
+NARV_TICK_PATH void TrayBackend::setTitle(const QString &title)
 {
     m_title = title;
     if (m_item)

@@ -8,6 +8,7 @@
 #include "platform/views/MessageChannel.h"
 #include "platform/views/ViewsModule.h"
 #include "settings/PromptState.h"
+#include "app/TickPath.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -260,7 +261,7 @@ void ViewsProcess::onClosed()
     }
 }
 
-void ViewsProcess::onWorkTick()
+NARV_TICK_PATH void ViewsProcess::onWorkTick()
 {
     const qint64 left = TicktackController::remaining(AppState::workState());
     // A work period publishes its full length before it runs: look again
