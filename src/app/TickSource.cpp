@@ -13,7 +13,7 @@ void TimerTickSource::start()
 NARV_TICK_PATH void TimerTickSource::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() == m_timer.timerId())
-        Q_EMIT tick();
+        deliver();
     else
         TickSource::timerEvent(event);
 }
@@ -26,5 +26,5 @@ void TimerTickSource::stop()
 void ManualTickSource::advance(int n)
 {
     for (int i = 0; i < n && m_active; ++i)
-        Q_EMIT tick();
+        deliver();
 }

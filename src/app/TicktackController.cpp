@@ -49,7 +49,6 @@ struct Countdown {
     qint64 seconds = 0;   // length it started with
     qint64 remaining = 0; // seconds, may go below zero after expiry
     QPointer<TicktackState> state;
-    QMetaObject::Connection connection;
     quint64 generation = 0; // tells a countdown from the one that replaced it
 };
 
@@ -66,8 +65,9 @@ NARV_TICK_PATH Controller &controller()
     return c;
 }
 
-NARV_TICK_PATH void onTick(Countdown *countdown)
+NARV_TICK_PATH void onTick(void *running)
 {
+    auto *countdown = static_cast<Countdown *>(running);
     if (countdown->remaining == std::numeric_limits<qint64>::min())
         qFatal("ticktack counter overflow");
     // Observers run inside the setters below and may replace (and delete) this
@@ -94,7 +94,8 @@ bool cancelRunning()
     auto &c = controller();
     if (!c.cancellable)
         return false;
-    QObject::disconnect(c.cancellable->connection);
+    if (c.timer)
+        c.timer->setListener(nullptr, nullptr);
     c.cancellable.reset();
     return true;
 }
@@ -148,11 +149,7 @@ void TicktackController::ticktack(qint64 seconds, TicktackState *state)
 
     auto &c = controller();
     TickSource *source = timer();
-    if (c.cancellable)
-        QObject::disconnect(c.cancellable->connection);
-    Countdown *raw = countdown.get();
-    countdown->connection =
-        QObject::connect(source, &TickSource::tick, source, [raw] { onTick(raw); });
+    source->setListener(onTick, countdown.get());
     c.cancellable = std::move(countdown);
     // Restarting the source gives the new countdown its first tick one second from now.
     source->start();
