@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The real program on a private X server with two monitors and a private
 # session bus, with a StatusNotifierWatcher as most panels have: what it keeps
-# out of its memory until it needs it. While it counts down, no Qt Quick, QML,
+# out of its memory until it needs it, and the event loop it waits in (Qt's
+# own, not GLib's, which its window process keeps). While it counts down, no Qt Quick, QML,
 # QtWidgets, QtNetwork or module of its own is mapped into the process and
 # fontconfig has not read the font list; at the first break
 # the views module brings them, and the break windows appear on both
@@ -20,7 +21,7 @@ source "$here/common.sh"
 narv_on_xvfb_and_bus "$0" "$@"
 
 watcher=
-unset XDG_SESSION_TYPE
+unset XDG_SESSION_TYPE QT_NO_GLIB
 # Nothing here goes out to the network: a proxy that is not there.
 export http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 no_proxy=
 narv_scratch_home
@@ -42,6 +43,11 @@ for piece in libQt6Gui libQt6Quick libQt6Qml libQt6Widgets libQt6Network narv_vi
     ! mapped "$piece" || fail "$piece is in the process before any window"
 done
 ok "counting: no QtGui, Qt Quick, QML, QtWidgets, QtNetwork, module of its own or font list in the process"
+# Between two ticks the main thread sleeps in ppoll (Qt's own event
+# dispatcher), not in poll (GLib's main loop).
+in_ppoll() { [[ $(cut -d' ' -f1 "/proc/$pid/syscall") == 271 ]]; }
+wait_for 5 in_ppoll || fail "the main thread waits in syscall $(cut -d' ' -f1 "/proc/$pid/syscall"), not ppoll"
+ok "counting: the main loop is Qt's own"
 
 # A bus connection of the status item's own: the item's name and the
 # program's own name have different owners.
@@ -67,6 +73,8 @@ views=$(views_pid)
 [[ -n $views ]] || fail "no window process beside narv during the break"
 logged " : window process $views started$" || fail "the window process is not in the log"
 logged " : windows loaded from .*narv_views.so$" || fail "the windows did not come from the views module"
+! tr '\0' '\n' <"/proc/$views/environ" | grep -q '^QT_NO_GLIB=' ||
+    fail "the window process inherited the counting process's choice of event loop"
 for piece in libQt6Quick libQt6Qml narv_views.so; do
     pid=$views mapped "$piece" || fail "$piece is not in the window process during the break"
     ! mapped "$piece" || fail "$piece came into the counting process"
