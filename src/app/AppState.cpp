@@ -3,6 +3,7 @@
 #include "app/DelayedTask.h"
 #include "app/Localized.h"
 #include "app/RemoteCalls.h"
+#include "app/TickPath.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
@@ -10,7 +11,6 @@
 #include "settings/PreferencesStore.h"
 #include "settings/PromptState.h"
 #include "statusbar/StatusBarController.h"
-#include "app/TickPath.h"
 
 #include <QPointer>
 

@@ -2,9 +2,9 @@
 
 #include "app/AppState.h"
 #include "app/Log.h"
+#include "app/TickPath.h"
 #include "app/TickSource.h"
 #include "app/TicktackState.h"
-#include "app/TickPath.h"
 
 #include <QPointer>
 

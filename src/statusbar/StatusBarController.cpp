@@ -6,12 +6,12 @@
 #include "app/AppState.h"
 #include "app/Clock.h"
 #include "app/Localized.h"
+#include "app/TickPath.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
 #include "settings/PromptState.h"
 #include "statusbar/MenuAction.h"
-#include "app/TickPath.h"
 
 #include <QDateTime>
 #include <QLocale>

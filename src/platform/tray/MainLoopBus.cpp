@@ -468,8 +468,9 @@ NARV_TICK_PATH bool isAscii(QStringView text)
 }
 } // namespace
 
-NARV_TICK_PATH void MainLoopBus::sendTextSignal(const char *path, const char *iface, const char *member,
-                                 std::initializer_list<QStringView> texts)
+NARV_TICK_PATH void MainLoopBus::sendTextSignal(const char *path, const char *iface,
+                                                const char *member,
+                                                std::initializer_list<QStringView> texts)
 {
     KeptFrame &kept = m_kept;
     // The same string constants as last time, and texts that fit their places.

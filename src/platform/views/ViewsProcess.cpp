@@ -3,12 +3,12 @@
 #include "app/AppState.h"
 #include "app/Log.h"
 #include "app/RemoteCalls.h"
+#include "app/TickPath.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "platform/views/MessageChannel.h"
 #include "platform/views/ViewsModule.h"
 #include "settings/PromptState.h"
-#include "app/TickPath.h"
 
 #include <QCoreApplication>
 #include <QProcess>
