@@ -62,13 +62,12 @@ NARV_TICK_PATH void applyTitle(const QString &title)
 // See StatusBarController::toolTip(). Runs every second while counting, so the
 // break's moment is only worked out anew, and told, when the schedule moved
 // (a restart, a pause, the machine waking from sleep) and not for the few
-// milliseconds a tick comes late.
-NARV_TICK_PATH void updateToolTip()
+// milliseconds a tick comes late. `remaining`: the work countdown's seconds
+// left, or -1 when none runs or no time is shown.
+NARV_TICK_PATH void updateToolTip(qint64 remaining)
 {
     Item &s = state();
-    const qint64 remaining =
-        s.title.isEmpty() ? -1 : TicktackController::remaining(AppState::workState());
-    QString tip = s.title;
+    QString tip;
     if (remaining >= 0) {
         const qint64 due = Clock::nowMs() + remaining * 1000;
         if (s.toolTipDue >= 0 && std::abs(due - s.toolTipDue) < 1000)
@@ -80,12 +79,19 @@ NARV_TICK_PATH void updateToolTip()
                                        QLocale::ShortFormat));
     } else {
         s.toolTipDue = -1;
+        tip = s.title;
     }
     if (tip == s.toolTip)
         return;
     s.toolTip = tip;
     if (s.backend)
         s.backend->setToolTip(tip);
+}
+
+void updateToolTip()
+{
+    updateToolTip(state().title.isEmpty() ? -1
+                                          : TicktackController::remaining(AppState::workState()));
 }
 
 // Runs for every assignment to the work countdown's timesUp or timeString.
@@ -103,8 +109,9 @@ NARV_TICK_PATH void onCountdown()
     applyTitle(title);
     // As a work countdown starts it is not running yet; setPauseItem, which
     // comes right after, names its break.
-    if (title.isEmpty() || TicktackController::remaining(work) >= 0)
-        updateToolTip();
+    const qint64 remaining = title.isEmpty() ? -1 : TicktackController::remaining(work);
+    if (title.isEmpty() || remaining >= 0)
+        updateToolTip(remaining);
 }
 
 MenuItem makeItem(const QString &title, const QString &image, const QString &key,
