@@ -36,6 +36,9 @@ QString LogFileError::description() const
     case Kind::CouldNotRemoveFile:
         name = QStringLiteral("couldNotRemoveFile");
         break;
+    case Kind::CouldNotListFolder:
+        name = QStringLiteral("couldNotListFolder");
+        break;
     }
     QString text = name + u' ' + path;
     if (code != 0)

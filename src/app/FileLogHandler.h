@@ -22,6 +22,7 @@ struct LogFileError {
         CouldNotOpenFile,
         CouldNotCreateFolder,
         CouldNotRemoveFile,
+        CouldNotListFolder,
     };
 
     Kind kind = Kind::None;
@@ -127,12 +128,18 @@ QString logFilePath(const QString &logsFolder, const QDateTime &when,
 // Makes logsFolder ready for today's file: when it exists, removes every entry
 // below it whose path relative to it starts with the identifier, ends with
 // ".log" and does not contain dateText; when it does not exist, creates it.
-// Stops at the first removal that fails.
+// Stops at the first removal that fails, and before removing anything when
+// the folder cannot be listed to the end.
 LogFileError prepareLogsFolder(const QString &logsFolder, const QString &dateText);
+
+// The log file another process of the program writes to: the one in
+// logsFolder written last, or today's (of `now`) when there is none.
+QString newestLogFile(const QString &logsFolder, const QDateTime &now);
 
 struct BuiltLogger {
     Logger logger;
     QString error; // empty when the log file is in place
+    QString file;  // the log file records go to; empty when there is none
 };
 
 // Builds the application logger on logsFolder for the day of `now`: prepares

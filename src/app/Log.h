@@ -137,9 +137,27 @@ private:
 // The process-wide logger, built on first use (see Logger.cpp).
 const Logger &logger();
 
-// For a second process of the program, which writes to the same log: its
-// logger, when made, leaves out the hello record. Before the first log line.
-void leaveOutHelloRecord();
+// Whose log file this process writes to. One process owns the log: the
+// counting process, which picks the day's file once, at its start, and cleans
+// up the older files then and only then. Its window process and a second
+// start that only hands over write to that same file and delete nothing.
+// A process that says nothing owns the log from its first record on.
+namespace LogFile {
+// Called first thing by a process that learns only later whether it owns the
+// log: its records go to standard output at once and wait for own() or
+// join() to say which file they belong in.
+void wait();
+// Owns the log: today's file, the older ones cleaned up now.
+void own();
+// Writes to the file another process of the program owns: `path`, or when
+// that is empty the most recently written log file (today's when there is
+// none). Before the first record, or after wait(); without wait() the hello
+// record is left out.
+void join(const QString &path);
+// The file this process's records go to; empty while that is not decided or
+// when the file could not be had.
+QString path();
+} // namespace LogFile
 
 // Routes Qt's own messages (qDebug, qWarning, qFatal, ...) into logger().
 void installQtMessageRouting();

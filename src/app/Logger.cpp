@@ -3,6 +3,7 @@
 #include "app/FileLogHandler.h"
 #include "app/Log.h"
 
+#include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 
@@ -13,13 +14,10 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 
 namespace fs = std::filesystem;
-
-namespace {
-bool g_leaveOutHelloRecord = false;
-} // namespace
 
 namespace {
 
@@ -181,6 +179,8 @@ LogFileError prepareLogsFolder(const QString &logsFolder, const QString &dateTex
             !relative.contains(dateText))
             doomed.append(it->path());
     }
+    if (ec)
+        return {LogFileError::Kind::CouldNotListFolder, logsFolder, ec.value()};
 
     for (const fs::path &path : doomed) {
         // Already gone together with a folder removed before it.
@@ -195,50 +195,229 @@ LogFileError prepareLogsFolder(const QString &logsFolder, const QString &dateTex
     return {};
 }
 
+QString newestLogFile(const QString &logsFolder, const QDateTime &now)
+{
+    const QFileInfoList files =
+        QDir(logsFolder).entryInfoList({AppInfo::identifier() + QStringLiteral(".*.log")},
+                                       QDir::Files, QDir::Time);
+    return files.isEmpty() ? logFilePath(logsFolder, now) : files.first().filePath();
+}
+
+namespace {
+
+QString helloRecord()
+{
+    return QStringLiteral("~~~~~~~~~~~~~~~~~~~~~~~~hello ") + AppInfo::name() +
+           QStringLiteral("~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~");
+}
+
+// Opens the log file; an owner (cleanUpFolder given) first cleans up the
+// folder for the day of dateText. Nothing, with the reason in error, on failure.
+std::optional<FileLogging> openLogFile(const QString &file, const QString &cleanUpFolder,
+                                       const QString &dateText, QString *error)
+{
+    LogFileError fileError;
+    if (!cleanUpFolder.isEmpty())
+        fileError = prepareLogsFolder(cleanUpFolder, dateText);
+    std::optional<FileLogging> fileLogging;
+    if (!fileError.failed())
+        fileLogging = FileLogging::open(file, &fileError);
+    if (!fileLogging)
+        *error = fileError.description();
+    return fileLogging;
+}
+
+LogHandlerFactory factoryFor(const FileLogging &fileLogging)
+{
+    return [fileLogging](const QString &label) {
+        return std::make_shared<MultiplexLogHandler>(QList<std::shared_ptr<LogHandler>>{
+            fileLogging.handler(label), std::make_shared<StreamLogHandler>()});
+    };
+}
+
+// The handler of this process's logger for the file it opened: the factory
+// is installed process-wide with bootstrapProcess, else used directly.
+std::shared_ptr<LogHandler> handlerFor(const std::optional<FileLogging> &fileLogging,
+                                       bool bootstrapProcess, QString *error)
+{
+    const QString label = AppInfo::identifier();
+    LogHandlerFactory factory;
+    if (fileLogging) {
+        factory = factoryFor(*fileLogging);
+        if (bootstrapProcess && !LoggingSystem::bootstrap(factory))
+            *error = QStringLiteral("the logging system was bootstrapped before");
+    }
+    if (!error->isEmpty())
+        printToStdout(QStringLiteral("create logger error: ") + *error + u'\n');
+    if (bootstrapProcess)
+        return LoggingSystem::makeHandler(label);
+    return factory ? factory(label) : nullptr;
+}
+
+// The records of a process that does not know yet which file is its own:
+// they go to standard output at once and wait, as file lines, for the file.
+class HeldLogHandler : public LogHandler {
+public:
+    LogLevel logLevel() const override
+    {
+        std::lock_guard lock(m_mutex);
+        return m_target ? m_target->logLevel() : LogLevel::Info;
+    }
+    void setLogLevel(LogLevel level) override
+    {
+        std::lock_guard lock(m_mutex);
+        if (m_target)
+            m_target->setLogLevel(level);
+    }
+    LogMetadata metadata() const override
+    {
+        std::lock_guard lock(m_mutex);
+        return m_target ? m_target->metadata() : m_metadata;
+    }
+    void setMetadata(const LogMetadata &metadata) override
+    {
+        std::lock_guard lock(m_mutex);
+        m_metadata = metadata;
+        if (m_target)
+            m_target->setMetadata(metadata);
+    }
+    void log(LogLevel level, const QString &message, const LogMetadata &metadata,
+             const QString &label, const LogSource &source) override
+    {
+        std::shared_ptr<LogHandler> target;
+        {
+            std::lock_guard lock(m_mutex);
+            target = m_target;
+            if (!target) {
+                m_stdout.log(level, message, mergeLogMetadata(m_metadata, metadata), label,
+                             source);
+                m_held.append(formatLogLine(
+                    level, label, renderLogMetadata(mergeLogMetadata(m_metadata, metadata)),
+                    message));
+                return;
+            }
+        }
+        if (level >= target->logLevel())
+            target->log(level, message, metadata, label, source);
+    }
+
+    // The held lines go into the file, in front of everything that follows;
+    // from now on records go to target.
+    void release(const std::optional<FileLogging> &fileLogging,
+                 std::shared_ptr<LogHandler> target)
+    {
+        if (!target)
+            target = std::make_shared<StreamLogHandler>();
+        std::lock_guard lock(m_mutex);
+        if (fileLogging) {
+            for (const QString &line : std::as_const(m_held))
+                fileLogging->stream()->write(line);
+        }
+        m_held.clear();
+        if (!m_metadata.isEmpty())
+            target->setMetadata(m_metadata);
+        m_target = std::move(target);
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    StreamLogHandler m_stdout;
+    LogMetadata m_metadata;
+    QStringList m_held;
+    std::shared_ptr<LogHandler> m_target;
+};
+
+// Which file this process writes to (LogFile).
+struct LogFileChoice {
+    std::mutex mutex;
+    bool waiting = false;           // wait() was called, own() or join() not yet
+    std::optional<QString> guestOf; // join()'s file, once known
+    QString path;
+    std::shared_ptr<HeldLogHandler> held; // the logger's handler while waiting
+};
+
+LogFileChoice &logFileChoice()
+{
+    static LogFileChoice choice;
+    return choice;
+}
+
+// Puts the file under the records held so far.
+void releaseHeld(const std::shared_ptr<HeldLogHandler> &held, const QString &file,
+                 const QString &cleanUpFolder, const QString &dateText)
+{
+    QString error;
+    const std::optional<FileLogging> fileLogging =
+        openLogFile(file, cleanUpFolder, dateText, &error);
+    std::shared_ptr<LogHandler> handler = handlerFor(fileLogging, true, &error);
+    {
+        std::lock_guard lock(logFileChoice().mutex);
+        logFileChoice().path = fileLogging ? file : QString();
+    }
+    held->release(fileLogging, std::move(handler));
+}
+
+} // namespace
+
 BuiltLogger buildLogger(const QString &logsFolder, const QDateTime &now, const QString &localeName,
                         bool bootstrapProcess)
 {
-    const QString label = AppInfo::identifier();
     const QString dateText = logDateText(now, localeName);
     const QString file =
         logsFolder + AppInfo::identifier() + u'.' + dateText + QStringLiteral(".log");
 
     QString error;
-    LogHandlerFactory factory;
-    LogFileError fileError = prepareLogsFolder(logsFolder, dateText);
-    std::optional<FileLogging> fileLogging;
-    if (!fileError.failed())
-        fileLogging = FileLogging::open(file, &fileError);
-    if (fileLogging) {
-        factory = [fileLogging = *fileLogging](const QString &label) {
-            return std::make_shared<MultiplexLogHandler>(QList<std::shared_ptr<LogHandler>>{
-                fileLogging.handler(label), std::make_shared<StreamLogHandler>()});
-        };
-        if (bootstrapProcess && !LoggingSystem::bootstrap(factory))
-            error = QStringLiteral("the logging system was bootstrapped before");
-    } else {
-        error = fileError.description();
-    }
-
-    if (!error.isEmpty())
-        printToStdout(QStringLiteral("create logger error: ") + error + u'\n');
-
-    std::shared_ptr<LogHandler> handler;
-    if (bootstrapProcess)
-        handler = LoggingSystem::makeHandler(label);
-    else if (factory)
-        handler = factory(label);
-    Logger logger(label, std::move(handler));
-
-    if (!g_leaveOutHelloRecord)
-        logger.info(QStringLiteral("~~~~~~~~~~~~~~~~~~~~~~~~hello ") + AppInfo::name() +
-                    QStringLiteral("~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~~"));
-    return {logger, error};
+    const std::optional<FileLogging> fileLogging =
+        openLogFile(file, logsFolder, dateText, &error);
+    Logger logger(AppInfo::identifier(), handlerFor(fileLogging, bootstrapProcess, &error));
+    logger.info(helloRecord());
+    return {logger, error, fileLogging ? file : QString()};
 }
 
-void leaveOutHelloRecord()
+void LogFile::wait()
 {
-    g_leaveOutHelloRecord = true;
+    std::lock_guard lock(logFileChoice().mutex);
+    logFileChoice().waiting = true;
+}
+
+void LogFile::own()
+{
+    LogFileChoice &choice = logFileChoice();
+    std::shared_ptr<HeldLogHandler> held;
+    {
+        std::lock_guard lock(choice.mutex);
+        if (!choice.waiting)
+            return;
+        choice.waiting = false;
+        held = choice.held;
+    }
+    if (!held)
+        return; // nothing logged yet: the logger is built the owner's way
+    const QString folder = logsFolderPath();
+    const QString dateText = logDateText(Clock::now());
+    releaseHeld(held, folder + AppInfo::identifier() + u'.' + dateText + QStringLiteral(".log"),
+                folder, dateText);
+}
+
+void LogFile::join(const QString &path)
+{
+    const QString file = path.isEmpty() ? newestLogFile(logsFolderPath(), Clock::now()) : path;
+    LogFileChoice &choice = logFileChoice();
+    std::shared_ptr<HeldLogHandler> held;
+    {
+        std::lock_guard lock(choice.mutex);
+        choice.guestOf = file;
+        choice.waiting = false;
+        held = choice.held;
+    }
+    if (held)
+        releaseHeld(held, file, {}, {});
+}
+
+QString LogFile::path()
+{
+    std::lock_guard lock(logFileChoice().mutex);
+    return logFileChoice().path;
 }
 
 QString Logger::logfilePath()
@@ -255,7 +434,30 @@ const Logger &logger()
     // so logging keeps working while static objects go away at exit.
     static const Logger *const instance = [&building] {
         building = true;
-        auto *built = new Logger(buildLogger(logsFolderPath(), Clock::now(), {}, true).logger);
+        LogFileChoice &choice = logFileChoice();
+        std::unique_lock lock(choice.mutex);
+        Logger *built = nullptr;
+        if (choice.waiting) {
+            choice.held = std::make_shared<HeldLogHandler>();
+            built = new Logger(AppInfo::identifier(), choice.held);
+            lock.unlock();
+            built->info(helloRecord());
+        } else if (choice.guestOf) {
+            // Another process's file: no hello record of its own in it.
+            const QString file = *choice.guestOf;
+            lock.unlock();
+            QString error;
+            const std::optional<FileLogging> fileLogging = openLogFile(file, {}, {}, &error);
+            built = new Logger(AppInfo::identifier(), handlerFor(fileLogging, true, &error));
+            lock.lock();
+            choice.path = fileLogging ? file : QString();
+        } else {
+            lock.unlock();
+            const BuiltLogger owner = buildLogger(logsFolderPath(), Clock::now(), {}, true);
+            built = new Logger(owner.logger);
+            lock.lock();
+            choice.path = owner.file;
+        }
         building = false;
         return built;
     }();

@@ -65,6 +65,9 @@ int QuilloApp::main(int argc, char **argv)
     QCoreApplication::setApplicationVersion(AppInfo::version());
     if (argc > 1 && qstrcmp(argv[1], ViewsModule::processOption) == 0)
         return ViewsModule::runProcess(argc, argv);
+    // Whose log this is, the running Narv's or this one's, is known once the
+    // single instance is claimed.
+    LogFile::wait();
 
     // A plain QCoreApplication, whose windows are drawn by a process of their
     // own, unless the classic tray icon will be wanted (no
@@ -101,7 +104,14 @@ int QuilloApp::main(int argc, char **argv)
                       .arg(classicTrayError));
 
     SingleInstance instance;
-    switch (instance.claim()) {
+    const SingleInstance::Claim claim = instance.claim();
+    // A start that only hands over writes to the running Narv's file and
+    // leaves the folder alone.
+    if (claim == SingleInstance::Claim::First)
+        LogFile::own();
+    else
+        LogFile::join({});
+    switch (claim) {
     case SingleInstance::Claim::First:
         break;
     case SingleInstance::Claim::HandedOver:

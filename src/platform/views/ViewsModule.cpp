@@ -76,7 +76,9 @@ std::unique_ptr<WindowBackend> ViewsModule::windowBackend()
 int ViewsModule::runProcess(int &argc, char **argv)
 {
     using Main = int (*)(int &, char **);
-    leaveOutHelloRecord();
+    // The counting process owns the log and names its file.
+    LogFile::join(qEnvironmentVariable(logFileVariable));
+    qunsetenv(logFileVariable);
     const Module::Entry found = Module::resolve(fileName, processEntryPoint);
     if (!found.function) {
         LOG_ERROR(QStringLiteral("cannot load the windows (%1): the window process ends")

@@ -20,6 +20,9 @@ inline constexpr const char *entryPoint = "narv_views_create_window_backend";
 inline constexpr const char *processEntryPoint = "narv_views_run";
 // The option that makes the program the window process.
 inline constexpr const char *processOption = "--views";
+// The environment variable that hands the window process the counting
+// process's log file.
+inline constexpr const char *logFileVariable = "NARV_LOG_FILE";
 
 // A window backend that loads the module when a window is first wanted and
 // from then on leaves everything to the module's own backend, which takes its
