@@ -12,6 +12,20 @@ QDateTime DateText::toDate(const QString &text)
 {
     bool ok = false;
     const double seconds = text.trimmed().toDouble(&ok);
-    const double msecs = ok ? seconds * 1000.0 : 0.0;
-    return QDateTime::fromMSecsSinceEpoch(qint64(msecs));
+    return fromSeconds(ok ? seconds : 0.0);
+}
+
+bool DateText::isMoment(double seconds)
+{
+    // Also false for NaN. Well inside what a qint64 of milliseconds holds,
+    // and what QDateTime takes.
+    constexpr double limit = 0x1p52;
+    return seconds >= -limit && seconds <= limit;
+}
+
+QDateTime DateText::fromSeconds(double seconds)
+{
+    if (!isMoment(seconds))
+        seconds = 0.0;
+    return QDateTime::fromMSecsSinceEpoch(qint64(seconds * 1000.0));
 }

@@ -4,6 +4,7 @@
 #include "app/Clock.h"
 #include "app/Log.h"
 #include "app/LoginItem.h"
+#include "settings/DateText.h"
 #include "settings/PrefStyleState.h"
 #include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
@@ -193,7 +194,14 @@ void PrefState::setShowNewDayTip(bool value)
 
 double PrefState::lastWeakupTimestamp() const
 {
-    return m_store.doubleValue(key(lastWeakupTimestampKey), 0.0);
+    const double seconds = m_store.doubleValue(key(lastWeakupTimestampKey), 0.0);
+    if (DateText::isMoment(seconds))
+        return seconds;
+    LOG_WARNING(QStringLiteral("settings: \"%1\" holds %2, which is no moment in time; "
+                               "reading it as 1970-01-01 00:00:00 UTC")
+                    .arg(key(lastWeakupTimestampKey))
+                    .arg(seconds));
+    return 0.0;
 }
 
 void PrefState::setLastWeakupTimestamp(double value)
@@ -203,7 +211,7 @@ void PrefState::setLastWeakupTimestamp(double value)
 
 bool PrefState::isNewDay() const
 {
-    const auto last = QDateTime::fromMSecsSinceEpoch(qint64(lastWeakupTimestamp() * 1000.0));
+    const QDateTime last = DateText::fromSeconds(lastWeakupTimestamp());
     return last.date() != Clock::now().toLocalTime().date();
 }
 

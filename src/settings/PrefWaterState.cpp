@@ -98,7 +98,13 @@ QDateTime PrefWaterState::storedDate(const char *k, const QDateTime &fallback) c
 {
     if (!m_store.contains(key(k)))
         return fallback;
-    return DateText::toDate(m_store.stringValue(key(k), QString()));
+    const QString text = m_store.stringValue(key(k), QString());
+    bool ok = false;
+    if (!DateText::isMoment(text.trimmed().toDouble(&ok)) || !ok)
+        LOG_WARNING(QStringLiteral("settings: \"%1\" holds \"%2\", which is no moment in time; "
+                                   "reading it as 1970-01-01 00:00:00 UTC")
+                        .arg(key(k), text));
+    return DateText::toDate(text);
 }
 
 bool PrefWaterState::enable() const

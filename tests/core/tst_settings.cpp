@@ -14,6 +14,7 @@
 #include "settings/DateText.h"
 #include "settings/PrefState.h"
 #include "settings/PrefStyleState.h"
+#include "settings/PrefWaterState.h"
 #include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
 
@@ -194,6 +195,35 @@ private Q_SLOTS:
         QCOMPARE(DateText::fromDate(QDateTime::fromMSecsSinceEpoch(0)), QStringLiteral("0"));
         QCOMPARE(DateText::toDate(QStringLiteral("abc")).toMSecsSinceEpoch(), 0);
         QCOMPARE(DateText::toDate(QString()).toMSecsSinceEpoch(), 0);
+    }
+
+    // Hand-edited text that reads as a number but is no moment: the epoch,
+    // said in the log, as text that does not read at all.
+    void unreadableMomentsReadAsTheEpoch_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("not a number") << QStringLiteral("nan");
+        QTest::newRow("infinite") << QStringLiteral("-inf");
+        QTest::newRow("beyond any date") << QStringLiteral("1e300");
+    }
+
+    void unreadableMomentsReadAsTheEpoch()
+    {
+        QFETCH(QString, text);
+        PreferencesStore &store = PreferencesStore::instance();
+        const QString weakup = QString::fromLatin1(PrefState::lastWeakupTimestampKey);
+        const QString start = QString::fromLatin1(PrefWaterState::intervalStartKey);
+        store.setString(weakup, text);
+        store.setString(start, text);
+        const int warnings = LogTail::count("which is no moment in time");
+
+        QCOMPARE(pref()->lastWeakupTimestamp(), 0.0);
+        QVERIFY(pref()->isNewDay());
+        QCOMPARE(AppState::waterState()->intervalStartDate().toMSecsSinceEpoch(), 0);
+        QCOMPARE(DateText::toDate(text).toMSecsSinceEpoch(), 0);
+        QVERIFY(LogTail::count("which is no moment in time") >= warnings + 2);
+        store.remove(weakup);
+        store.remove(start);
     }
 
     void newDayFollowsTheCalendarDay()
