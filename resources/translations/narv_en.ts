@@ -201,7 +201,7 @@
     </message>
     <message>
         <source>Restart timer after Mac awake</source>
-        <translation>Restart timer after Mac awake</translation>
+        <translation>Restart timer after screen unlock</translation>
     </message>
     <message>
         <source>Restore the built-in prompts</source>

@@ -353,8 +353,8 @@ void StatusBarController::setPauseItem(const QString &image, const QString &titl
     Item &s = state();
     s.pauseImage = image;
     s.pauseTitle = title;
-    if (s.menuBuilt) {
-        const int index = indexOfTag(Tag::pause);
+    // A menu without the start/stop item has nothing to update.
+    if (const int index = s.menuBuilt ? indexOfTag(Tag::pause) : -1; index >= 0) {
         s.menu[index].image = image;
         s.menu[index].title = title;
     }

@@ -205,6 +205,20 @@ private Q_SLOTS:
         QCOMPARE(m_windows->calls.last(), QStringLiteral("showWaterView"));
     }
 
+    // A menu that lost its start/stop item: starting and stopping work
+    // leave the other items as they were.
+    void noPauseItemToUpdate()
+    {
+        QTemporaryDir home;
+        const auto child = TestSupport::runChild(QStringLiteral("no-pause-item"), home.path());
+        QCOMPARE(child.status, QProcess::NormalExit);
+        QCOMPARE(child.exitCode, 0);
+        const QStringList lines = QString::fromUtf8(child.err).trimmed().split(u'\n');
+        QCOMPARE(lines.size(), 2);
+        QCOMPARE(lines.at(1), lines.at(0));
+        QVERIFY2(!lines.at(0).contains(QStringLiteral("circle|p|2")), qPrintable(lines.at(0)));
+    }
+
     void waterTitle_data()
     {
         QTest::addColumn<float>("finished");
@@ -390,6 +404,9 @@ private Q_SLOTS:
     {
         // English is the base: the kept key reads as the word.
         QCOMPARE(localized("Wrok"), QStringLiteral("Work"));
+        // Kept keys whose words fit another desktop read as this one's.
+        QCOMPARE(localized("Restart timer after Mac awake"),
+                 QStringLiteral("Restart timer after screen unlock"));
         QCOMPARE(localized("Out of hours"), QStringLiteral("Out of hours"));
         QCOMPARE(localized("not in any table"), QStringLiteral("not in any table"));
 
@@ -435,6 +452,19 @@ int waterTitleChild(int argc, char **argv)
     return 0; // not reached when the stop works
 }
 
+int noPauseItemChild(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    ScratchHome home;
+    auto &menu = const_cast<QList<MenuItem> &>(StatusBarController::menu());
+    menu.removeAt(qsizetype(StatusBarController::itemWithTag(Tag::pause) - menu.constData()));
+    std::fprintf(stderr, "%s\n", qPrintable(describe(menu).join(u'|')));
+    AppState::setWorking(true);
+    AppState::setWorking(false);
+    std::fprintf(stderr, "%s\n", qPrintable(describe(menu).join(u'|')));
+    return 0;
+}
+
 int chineseMenuChild(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
@@ -464,6 +494,7 @@ int main(int argc, char **argv)
             {"water-at-launch", [&] { return waterAtLaunchChild(argc, argv); }},
             {"water-title", [&] { return waterTitleChild(argc, argv); }},
             {"chinese-menu", [&] { return chineseMenuChild(argc, argv); }},
+            {"no-pause-item", [&] { return noPauseItemChild(argc, argv); }},
         });
     if (child >= 0)
         return child;
