@@ -56,10 +56,17 @@ int standInWindowProcess()
     QObject::connect(&channel, &MessageChannel::received, [&](const QVariantList &message) {
         ++read;
         const QString what = message.value(0).toString();
-        // With the panel's position, when it comes with one.
-        const bool placed = what == QLatin1String("showWaterView") && message.size() > 1;
-        record.write(what.toUtf8() +
-                     (placed ? ' ' + message.value(1).toString().toUtf8() : QByteArray()) + '\n');
+        // With the window's place, when it comes with one.
+        QString place;
+        if (const QVariant at = message.value(1); at.typeId() == QMetaType::QPoint)
+            place = QStringLiteral(" %1,%2").arg(at.toPoint().x()).arg(at.toPoint().y());
+        else if (at.typeId() == QMetaType::QRect)
+            place = QStringLiteral(" %1,%2 %3x%4")
+                        .arg(at.toRect().x())
+                        .arg(at.toRect().y())
+                        .arg(at.toRect().width())
+                        .arg(at.toRect().height());
+        record.write((what + place).toUtf8() + '\n');
         record.flush();
         if (what == QLatin1String("showBreak"))
             breakShown = true;
@@ -71,8 +78,9 @@ int standInWindowProcess()
             water = false;
         if (what == QLatin1String("showAbout"))
             channel.send({QStringLiteral("call"), QStringLiteral("restartWork")});
-        channel.send(
-            {QStringLiteral("windows"), read, breakShown, water, breakShown || water, 120, 340});
+        // The settings window as the user left it (it is never shown here).
+        channel.send({QStringLiteral("windows"), read, breakShown, water, breakShown || water,
+                      QPoint(120, 340), QRect(30, 40, 600, 500)});
     });
     return app.exec();
 }
@@ -184,8 +192,8 @@ private Q_SLOTS:
     }
 
     // The window process: started by the first window and ended with the
-    // last; the water panel comes back where the last process had it; what
-    // its views ask for runs here.
+    // last; the water panel and the settings window come back where the last
+    // process had them; what its views ask for runs here.
     void lifetime()
     {
         ViewsProcess views;
@@ -213,7 +221,13 @@ private Q_SLOTS:
         QFile::remove(m_record);
         views.showWaterView();
         QVERIFY(views.processId() != first);
-        QTRY_VERIFY(recorded().contains(QStringLiteral("showWaterView 120")));
+        QTRY_VERIFY(recorded().contains(QStringLiteral("showWaterView 120,340")));
+        views.closeWaterView();
+        const qint64 second = views.processId();
+        QTRY_VERIFY(!exists(second));
+
+        views.showPrefView();
+        QTRY_VERIFY(recorded().contains(QStringLiteral("showPrefView 30,40 600x500")));
     }
 
     // Ten seconds before a break the window process is started and told to

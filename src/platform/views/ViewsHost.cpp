@@ -62,12 +62,18 @@ void ViewsHost::onReceived(const QVariantList &message)
     } else if (name == QLatin1String("showAbout")) {
         m_windows.showAbout();
     } else if (name == QLatin1String("showPrefView")) {
+        // Made here, in a new process: where the user last had it, as large.
+        if (!m_preferences) {
+            m_preferences = m_windows.preferencesWindow();
+            if (const QRect geometry = value.toRect(); geometry.isValid())
+                m_preferences->setGeometry(geometry);
+        }
         m_windows.showPrefView();
     } else if (name == QLatin1String("showWaterView")) {
         // Where the user last put the panel, in an earlier window process.
         m_water = m_windows.waterWindow();
-        if (message.size() >= 3)
-            m_water->setPosition(message.value(1).toInt(), message.value(2).toInt());
+        if (value.typeId() == QMetaType::QPoint)
+            m_water->setPosition(value.toPoint());
         m_windows.showWaterView();
     } else if (name == QLatin1String("closeWaterView")) {
         m_windows.closeWaterView();
@@ -123,8 +129,8 @@ void ViewsHost::report()
         anyShown = anyShown || window->isVisible();
     QVariantList report{QStringLiteral("windows"), m_read, breakShown,
                         m_windows.isWaterViewVisible(), anyShown};
-    if (m_water)
-        report << m_water->x() << m_water->y();
+    report << (m_water ? QVariant(m_water->position()) : QVariant())
+           << (m_preferences ? QVariant(m_preferences->geometry()) : QVariant());
     m_channel.send(report);
 }
 

@@ -73,6 +73,8 @@ bool ViewsProcess::start()
     process->setInputChannelMode(QProcess::ForwardedInputChannel);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("NARV_VIEWS_FD"), QString::number(childEnd));
+    if (const QString logFile = LogFile::path(); !logFile.isEmpty())
+        environment.insert(QString::fromLatin1(ViewsModule::logFileVariable), logFile);
     process->setProcessEnvironment(environment);
     // Runs in the child between fork and exec: the one descriptor it inherits.
     process->setChildProcessModifier([childEnd] { ::fcntl(childEnd, F_SETFD, 0); });
@@ -165,7 +167,10 @@ void ViewsProcess::showAbout()
 
 void ViewsProcess::showPrefView()
 {
-    command({QStringLiteral("showPrefView")});
+    QVariantList message{QStringLiteral("showPrefView")};
+    if (m_preferencesGeometry)
+        message << *m_preferencesGeometry;
+    command(message);
 }
 
 void ViewsProcess::showWaterView()
@@ -173,7 +178,7 @@ void ViewsProcess::showWaterView()
     m_waterVisible = true;
     QVariantList message{QStringLiteral("showWaterView")};
     if (m_waterPosition)
-        message << m_waterPosition->x() << m_waterPosition->y();
+        message << *m_waterPosition;
     command(message);
 }
 
@@ -211,9 +216,12 @@ void ViewsProcess::onReceived(const QVariantList &message)
         RemoteCalls::perform(message.mid(1));
     } else if (name == QLatin1String("windows")) {
         // ["windows", messages read, break shown, water panel shown, any
-        // window shown, and once the panel is made its x and y]
-        if (message.size() >= 7)
-            m_waterPosition = QPoint(message.value(5).toInt(), message.value(6).toInt());
+        // window shown, the water panel's position and the settings
+        // window's geometry (each once the window is made)]
+        if (const QVariant water = message.value(5); water.typeId() == QMetaType::QPoint)
+            m_waterPosition = water.toPoint();
+        if (const QVariant settings = message.value(6); settings.typeId() == QMetaType::QRect)
+            m_preferencesGeometry = settings.toRect();
         m_reportedAfter = message.value(1).toULongLong();
         // A report older than the last command says nothing of what that
         // command opened.

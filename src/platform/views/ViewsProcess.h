@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPoint>
 #include <QPointer>
+#include <QRect>
 #include <QVariantList>
 
 #include <optional>
@@ -82,4 +83,7 @@ private:
     // Where the user left the water panel: kept here, as the process that
     // showed it goes once the panel is closed.
     std::optional<QPoint> m_waterPosition;
+    // Where the settings window was, and how large, in the last process
+    // that drew it: it comes back there for the rest of the session.
+    std::optional<QRect> m_preferencesGeometry;
 };
