@@ -1,58 +1,84 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 
-// A time of day as hour and minute, each its own field with up and down
-// buttons (and the arrow keys, and the wheel); both wrap around. `picked`
-// reports a change the user made; `date` is only read.
-RowLayout {
+// A time of day, "07:30", in one small field: typed in (Return or leaving
+// the field takes it), or stepped with the arrow keys, the wheel or the
+// buttons at its side. A step moves the hour, or the minutes once the user
+// has put the text cursor there (a click, the Right key), and goes round the
+// clock. `picked` reports a change the user made; `date` is only read.
+SpinBox {
     id: picker
 
     property date date
+    // What a step moves: "hour" or "minute".
+    property string part: "hour"
 
     signal picked(int hour, int minute)
 
-    spacing: 2
-
-    SpinBox {
-        id: hours
-        objectName: "hour"
-        from: 0
-        to: 23
-        wrap: true
-        editable: true
-        value: picker.date.getHours()
-        validator: IntValidator {
-            bottom: 0
-            top: 23
-        }
-        textFromValue: value => String(value).padStart(2, "0")
-        valueFromText: text => parseInt(text, 10)
-        Layout.preferredWidth: 64
-        Accessible.name: qsTranslate("Narv", "Hour")
-        onValueModified: picker.picked(hours.value, minutes.value)
+    function minuteOfDay(value) {
+        return ((value % 1440) + 1440) % 1440;
     }
 
-    Label {
-        text: ":"
+    // Unbounded, so that a step past midnight comes back into the day in
+    // onValueModified with the other part as it was.
+    from: -100000
+    to: 100000
+    value: date.getHours() * 60 + date.getMinutes()
+    stepSize: part === "minute" ? 1 : 60
+    editable: true
+    implicitWidth: 80
+    inputMethodHints: Qt.ImhTime
+    validator: RegularExpressionValidator {
+        regularExpression: /^([01]?[0-9]|2[0-3])(:[0-5]?[0-9]?)?$/
     }
+    textFromValue: value => {
+        const minutes = minuteOfDay(value);
+        return String(Math.floor(minutes / 60)).padStart(2, "0") + ":"
+                + String(minutes % 60).padStart(2, "0");
+    }
+    valueFromText: text => {
+        const parts = text.split(":");
+        const hour = parseInt(parts[0], 10);
+        const minute = parts.length > 1 && parts[1] !== "" ? parseInt(parts[1], 10) : 0;
+        return isNaN(hour) || isNaN(minute) ? picker.value : hour * 60 + minute;
+    }
+    onValueModified: {
+        const minutes = minuteOfDay(value);
+        picked(Math.floor(minutes / 60), minutes % 60);
+    }
+    onActiveFocusChanged: {
+        if (activeFocus)
+            part = "hour";
+    }
+    Accessible.name: qsTranslate("Narv", "Hour") + ":" + qsTranslate("Narv", "Minute")
 
-    SpinBox {
-        id: minutes
-        objectName: "minute"
-        from: 0
-        to: 59
-        wrap: true
-        editable: true
-        value: picker.date.getMinutes()
-        validator: IntValidator {
-            bottom: 0
-            top: 59
+    contentItem: TextInput {
+        objectName: "text"
+        z: 2
+        text: picker.displayText
+        font: picker.font
+        color: picker.palette.text
+        selectionColor: picker.palette.highlight
+        selectedTextColor: picker.palette.highlightedText
+        horizontalAlignment: Qt.AlignHCenter
+        verticalAlignment: Qt.AlignVCenter
+        readOnly: !picker.editable
+        validator: picker.validator
+        inputMethodHints: picker.inputMethodHints
+        selectByMouse: true
+        clip: width < implicitWidth
+
+        Keys.onLeftPressed: event => {
+            picker.part = "hour";
+            event.accepted = false;
         }
-        textFromValue: value => String(value).padStart(2, "0")
-        valueFromText: text => parseInt(text, 10)
-        Layout.preferredWidth: 64
-        Accessible.name: qsTranslate("Narv", "Minute")
-        onValueModified: picker.picked(hours.value, minutes.value)
+        Keys.onRightPressed: event => {
+            picker.part = "minute";
+            event.accepted = false;
+        }
+        TapHandler {
+            onTapped: point => picker.part = parent.positionAt(point.position.x, point.position.y) > 2
+                      ? "minute" : "hour"
+        }
     }
 }

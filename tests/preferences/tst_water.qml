@@ -42,8 +42,8 @@ Item {
             view.currentIndex = 0;
         }
 
-        function hourOf(pickerName) {
-            return findChild(findChild(water, pickerName), "hour");
+        function picker(name) {
+            return findChild(water, name);
         }
 
         function messages() {
@@ -56,10 +56,10 @@ Item {
             compare(findChild(water, "mode").currentText, "Interval");
             compare(findChild(water, "mode").count, 1, "one mode is offered");
             compare(findChild(water, "modeTip").text, "Will remind you every selected time interval");
-            compare(hourOf("startTime").displayText, "07");
-            compare(findChild(findChild(water, "startTime"), "minute").displayText, "00");
-            compare(hourOf("endTime").displayText, "20");
-            compare(findChild(findChild(water, "endTime"), "minute").displayText, "00");
+            compare(picker("startTime").displayText, "07:00");
+            compare(picker("endTime").displayText, "20:00");
+            // One small field each.
+            verify(picker("startTime").width <= 90, picker("startTime").width);
 
             const labels = [15, 30, 45, 60, 90, 120].map(v => findChild(water, "chip" + v));
             compare(labels.map(chip => chip.Accessible.name),
@@ -110,39 +110,62 @@ Item {
             // 21:00, hours 07:00 to 20:00: moving the end to 22:00 re-arms the
             // reminder one interval from now.
             Probe.setNow("21:00");
-            const endHour = hourOf("endTime");
-            endHour.forceActiveFocus();
+            const end = picker("endTime");
+            end.forceActiveFocus();
             keyClick(Qt.Key_Up);
             // At 21:00 sharp with the end at 21:00 it is not working time.
             compare(Probe.waterReminderDue(), "");
             compare(Probe.waterItemTitle(), "Water (0% Out of hours)");
             keyClick(Qt.Key_Up);
-            compare(endHour.displayText, "22");
+            compare(end.displayText, "22:00");
             compare(Probe.waterReminderDue(), "21:15");
             compare(Probe.waterItemTitle(), "Water (0% )");
-            const end = new Date(Number(Probe.stored("pref.water.interval.end")) * 1000);
-            compare(end.getHours(), 22);
-            compare(end.getMinutes(), 0);
+            const stored = new Date(Number(Probe.stored("pref.water.interval.end")) * 1000);
+            compare(stored.getHours(), 22);
+            compare(stored.getMinutes(), 0);
 
             // And back to 20:00 cancels it.
-            mouseClick(endHour.down.indicator);
-            mouseClick(endHour.down.indicator);
-            compare(endHour.displayText, "20");
+            mouseClick(end.down.indicator);
+            mouseClick(end.down.indicator);
+            compare(end.displayText, "20:00");
             compare(Probe.waterReminderDue(), "");
             compare(Probe.waterItemTitle(), "Water (0% Out of hours)");
         }
 
         function test_workingHoursWhileOff() {
-            const startMinute = findChild(findChild(water, "startTime"), "minute");
-            mouseClick(startMinute.up.indicator);
-            compare(startMinute.displayText, "01");
+            // A click on the minutes, then the buttons step them.
+            const start = picker("startTime");
+            const text = findChild(start, "text");
+            mouseClick(text, text.positionToRectangle(4).x, text.height / 2);
+            mouseClick(start.up.indicator);
+            compare(start.displayText, "07:01");
             verify(messages().includes("waterState.enable is false"));
             compare(Probe.waterReminderDue(), "");
             verify(!Probe.hasWaterItem());
             // Stored all the same.
-            const start = new Date(Number(Probe.stored("pref.water.interval.start")) * 1000);
-            compare(start.getHours(), 7);
-            compare(start.getMinutes(), 1);
+            const stored = new Date(Number(Probe.stored("pref.water.interval.start")) * 1000);
+            compare(stored.getHours(), 7);
+            compare(stored.getMinutes(), 1);
+        }
+
+        // Typed in and taken with Return; a step past midnight goes round
+        // the clock and keeps the minutes.
+        function test_timeTypedAndRoundTheClock() {
+            const start = picker("startTime");
+            start.forceActiveFocus();
+            keySequence("Ctrl+A");
+            keyClick(Qt.Key_2);
+            keyClick(Qt.Key_3);
+            keyClick(Qt.Key_Colon);
+            keyClick(Qt.Key_3);
+            keyClick(Qt.Key_0);
+            keyClick(Qt.Key_Return);
+            compare(start.displayText, "23:30");
+            keyClick(Qt.Key_Up);
+            compare(start.displayText, "00:30");
+            const stored = new Date(Number(Probe.stored("pref.water.interval.start")) * 1000);
+            compare(stored.getHours(), 0);
+            compare(stored.getMinutes(), 30);
         }
 
         function test_chips() {
