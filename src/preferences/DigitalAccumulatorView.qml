@@ -22,6 +22,7 @@ RowLayout {
     Button {
         objectName: "minus"
         icon.source: "icons/minus.svg"
+        icon.color: palette.buttonText
         icon.width: 12
         icon.height: 12
         display: AbstractButton.IconOnly
@@ -38,6 +39,7 @@ RowLayout {
     Button {
         objectName: "plus"
         icon.source: "icons/plus.svg"
+        icon.color: palette.buttonText
         icon.width: 12
         icon.height: 12
         display: AbstractButton.IconOnly

@@ -53,7 +53,7 @@ ColumnLayout {
         id: textRow
         label: qsTranslate("Narv", "Text")
         feature: root.feature
-        CheckBox {
+        PrefCheckBox {
             objectName: "customBreakPrompt"
             text: qsTranslate("Narv", "Custom break prompt")
             checked: root.prefState.customBreakPrompt
@@ -78,7 +78,7 @@ ColumnLayout {
     }
     PrefRow {
         feature: root.feature
-        CheckBox {
+        PrefCheckBox {
             objectName: "forceLongBreak"
             // The missing space before the parenthesis is how this text reads.
             text: qsTranslate("Narv", "Force for long breaks(skip button will not display)")
@@ -120,7 +120,7 @@ ColumnLayout {
     }
     PrefRow {
         feature: root.feature
-        CheckBox {
+        PrefCheckBox {
             objectName: "restartTimerAfterAwake"
             text: qsTranslate("Narv", "Restart timer after Mac awake")
             checked: root.prefState.restartTimerAfterAwake
@@ -129,7 +129,7 @@ ColumnLayout {
     }
     PrefRow {
         feature: root.feature
-        CheckBox {
+        PrefCheckBox {
             objectName: "stopTimerAfterMouseStop"
             text: qsTranslate("Narv", "Stop timer after Mouse stop for 5 mins")
             checked: root.prefState.stopTimerAfterMouseStop
@@ -138,7 +138,7 @@ ColumnLayout {
     }
     PrefRow {
         feature: root.feature
-        CheckBox {
+        PrefCheckBox {
             objectName: "showNewDayTip"
             text: qsTranslate("Narv", "Show a new day prompt")
             checked: root.prefState.showNewDayTip

@@ -16,7 +16,7 @@ ColumnLayout {
         topPadding: 0
     }
     PrefRow {
-        CheckBox {
+        PrefCheckBox {
             objectName: "launchAtLogin"
             text: qsTranslate("Narv", "Launch at login")
             checked: root.prefState.launchAtLogin
@@ -28,7 +28,7 @@ ColumnLayout {
         text: qsTranslate("Narv", "StatusBar options")
     }
     PrefRow {
-        CheckBox {
+        PrefCheckBox {
             objectName: "showTime"
             text: qsTranslate("Narv", "Show time in StatusBar")
             checked: root.prefState.showTime
@@ -40,7 +40,7 @@ ColumnLayout {
         text: qsTranslate("Narv", "Update options")
     }
     PrefRow {
-        CheckBox {
+        PrefCheckBox {
             objectName: "autoCheckUpdate"
             // The name is part of the text, not the configured display name.
             text: qsTranslate("Narv", "Auto check update for Narv")

@@ -84,6 +84,7 @@ ColumnLayout {
         ToolButton {
             objectName: "addPrompt"
             icon.source: "icons/plus.svg"
+            icon.color: palette.buttonText
             icon.width: 13
             icon.height: 13
             display: AbstractButton.IconOnly
@@ -96,6 +97,7 @@ ColumnLayout {
         ToolButton {
             objectName: "resetPrompts"
             icon.source: "icons/gobackward.svg"
+            icon.color: palette.buttonText
             icon.width: 12
             icon.height: 12
             display: AbstractButton.IconOnly
@@ -143,6 +145,7 @@ ColumnLayout {
                     ToolButton {
                         objectName: "edit"
                         icon.source: "icons/square.and.pencil.svg"
+                        icon.color: palette.buttonText
                         icon.width: 15
                         icon.height: 15
                         display: AbstractButton.IconOnly
@@ -155,6 +158,7 @@ ColumnLayout {
                     ToolButton {
                         objectName: "trash"
                         icon.source: "icons/trash.fill.svg"
+                        icon.color: palette.buttonText
                         icon.width: 15
                         icon.height: 15
                         display: AbstractButton.IconOnly

@@ -34,7 +34,7 @@ ColumnLayout {
         id: enableRow
         label: qsTranslate("Narv", "Enable")
         feature: root.feature
-        CheckBox {
+        PrefCheckBox {
             objectName: "enable"
             text: qsTranslate("Narv", "Enable drink water reminder")
             checked: root.waterState.enable

@@ -19,6 +19,19 @@ Page {
         PrefEnvironment.syncLoginItem();
     }
 
+    // The highlight colour where it stands out against a tab (3:1, WCAG's
+    // figure for graphical objects), else the tab's text colour.
+    function markColor(palette) {
+        const luminance = color => {
+            const channel = c => c <= 0.03928 ? c / 12.92 : Math.pow((c + 0.055) / 1.055, 2.4);
+            return 0.2126 * channel(color.r) + 0.7152 * channel(color.g) + 0.0722 * channel(color.b);
+        };
+        const a = luminance(palette.highlight);
+        const b = luminance(palette.button);
+        const ratio = (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05);
+        return ratio >= 3 ? palette.highlight : palette.buttonText;
+    }
+
     implicitWidth: 560
     implicitHeight: 560
 
@@ -97,10 +110,24 @@ Page {
                 objectName: modelData.symbol
                 text: modelData.title
                 icon.source: "icons/" + modelData.symbol + ".svg"
+                // The symbols are drawn in black: they take the palette's colour.
+                icon.color: palette.buttonText
                 icon.width: 24
                 icon.height: 24
                 display: AbstractButton.TextUnderIcon
                 Accessible.description: modelData.symbol
+
+                // The styles tell the current tab from the others by a shade
+                // only: a bar under it says it plainly.
+                Rectangle {
+                    objectName: "currentMark"
+                    anchors.left: parent.left
+                    anchors.right: parent.right
+                    anchors.bottom: parent.bottom
+                    height: 3
+                    color: root.markColor(parent.palette)
+                    visible: parent.checked
+                }
             }
         }
     }

@@ -1,6 +1,7 @@
 // The settings window on a real X server: made once and raised afterwards,
-// its title and minimum size, Ctrl+W, the first tab on reopening, and the
-// login item's real state shown when it opens.
+// its title and minimum size, Ctrl+W, the first tab on reopening, the
+// login item's real state shown when it opens, and its symbols and check
+// boxes seen in a light and a dark palette.
 
 #include "LogTail.h"
 #include "TestSupport.h"
@@ -19,9 +20,94 @@
 #include <QSettings>
 #include <QTest>
 
+#include <cmath>
 #include <optional>
 
 using TestSupport::ScratchHome;
+
+namespace {
+
+// WCAG's relative luminance and contrast ratio.
+double luminance(QRgb color)
+{
+    const auto channel = [](int value) {
+        const double c = value / 255.0;
+        return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * channel(qRed(color)) + 0.7152 * channel(qGreen(color)) +
+           0.0722 * channel(qBlue(color));
+}
+
+double contrast(QRgb a, QRgb b)
+{
+    const double la = luminance(a);
+    const double lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+// The colour most pixels of the area have: what a thin symbol is drawn on.
+QRgb mostCommon(const QImage &image, const QRect &area)
+{
+    QHash<QRgb, int> counts;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            ++counts[image.pixel(x, y) | 0xff000000];
+    QRgb best = 0;
+    int most = 0;
+    for (auto it = counts.cbegin(); it != counts.cend(); ++it) {
+        if (it.value() > most) {
+            most = it.value();
+            best = it.key();
+        }
+    }
+    return best;
+}
+
+// The strongest contrast of any pixel of the area against `background`.
+double strongest(const QImage &image, const QRect &area, QRgb background)
+{
+    double best = 1.0;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            best = std::max(best, contrast(image.pixel(x, y), background));
+    return best;
+}
+
+void collect(QQuickItem *item, QList<QQuickItem *> &items)
+{
+    if (!item->isVisible())
+        return;
+    items << item;
+    for (QQuickItem *child : item->childItems())
+        collect(child, items);
+}
+
+// A dark desktop's palette: qt6ct's "darker" scheme.
+QPalette darkPalette()
+{
+    QPalette palette;
+    const auto set = [&palette](QPalette::ColorRole role, const char *color) {
+        palette.setColor(QPalette::All, role, QColor(QLatin1String(color)));
+    };
+    set(QPalette::WindowText, "#ffffff");
+    set(QPalette::Button, "#424245");
+    set(QPalette::Light, "#979797");
+    set(QPalette::Midlight, "#5e5c5b");
+    set(QPalette::Dark, "#302f2e");
+    set(QPalette::Mid, "#4a4947");
+    set(QPalette::Text, "#ffffff");
+    set(QPalette::BrightText, "#ffffff");
+    set(QPalette::ButtonText, "#ffffff");
+    set(QPalette::Base, "#3d3d3d");
+    set(QPalette::Window, "#222020");
+    set(QPalette::Shadow, "#e7e4e0");
+    set(QPalette::Highlight, "#12608a");
+    set(QPalette::HighlightedText, "#f9f9f9");
+    set(QPalette::AlternateBase, "#5c5b5a");
+    return palette;
+}
+
+} // namespace
 
 class TestPrefWindow : public QObject {
     Q_OBJECT
@@ -98,6 +184,108 @@ private Q_SLOTS:
         QCOMPARE(m_backend->preferencesWindow(), window);
         QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 0);
         window->close();
+    }
+
+    // Every symbol (tab symbols, steppers, the prompt list's buttons) and
+    // every check box's outline reaches a contrast of 3:1 against what it
+    // sits on (WCAG's figure for graphical objects), in a light and then,
+    // with the window open, a dark palette; the current tab is marked.
+    void symbolsAndCheckBoxesStandOut_data()
+    {
+        QTest::addColumn<QPalette>("palette");
+        QTest::newRow("light") << QGuiApplication::palette();
+        QTest::newRow("dark") << darkPalette();
+    }
+
+    void symbolsAndCheckBoxesStandOut()
+    {
+        QFETCH(QPalette, palette);
+        // A custom prompt: every check box and the prompt list show.
+        PreferencesStore::instance().setBool(QStringLiteral("custom_break_prompt"), true);
+        WindowController::showPrefView();
+        QQuickView *window = m_backend->preferencesWindow();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QGuiApplication::setPalette(palette);
+        const QColor windowColor = palette.color(QPalette::Window);
+        QTRY_COMPARE(rootOf(window)->property("palette").value<QPalette>().color(QPalette::Window),
+                     windowColor);
+
+        QStringList faults;
+        int symbols = 0;
+        int boxes = 0;
+        for (int tab = 0; tab < 5; ++tab) {
+            rootOf(window)->setProperty("currentIndex", tab);
+            const QImage image = window->grabWindow().convertToFormat(QImage::Format_RGB32);
+            QVERIFY(!image.isNull());
+            const QRect inside = image.rect().adjusted(2, 2, -2, -2);
+            QList<QQuickItem *> items;
+            collect(window->contentItem(), items);
+            for (QQuickItem *item : std::as_const(items)) {
+                const QString name = QStringLiteral("tab %1, %2").arg(tab).arg(
+                    item->parentItem() && item->parentItem()->parentItem()
+                        ? item->parentItem()->parentItem()->objectName()
+                        : item->objectName());
+                const QRect area =
+                    item->mapRectToScene(QRectF(0, 0, item->width(), item->height()))
+                        .toAlignedRect();
+                if (!inside.contains(area))
+                    continue; // scrolled out of sight
+                if (qstrcmp(item->metaObject()->className(), "QQuickIconImage") == 0 &&
+                    !item->property("source").toUrl().isEmpty()) {
+                    ++symbols;
+                    const double ratio = strongest(image, area, mostCommon(image, area));
+                    if (ratio < 3.0)
+                        faults << QStringLiteral("%1: symbol %2 at %3:1")
+                                      .arg(name, item->property("source").toString())
+                                      .arg(ratio, 0, 'f', 2);
+                }
+                if (item->inherits("QQuickCheckBox")) {
+                    auto *box = item->property("indicator").value<QQuickItem *>();
+                    if (!box || !box->isVisible())
+                        continue;
+                    ++boxes;
+                    const QRect edge =
+                        box->mapRectToScene(QRectF(0, 0, box->width(), box->height()))
+                            .toAlignedRect();
+                    // The left edge against the window beside it.
+                    const QRgb beside = image.pixel(edge.left() - 3, edge.center().y());
+                    const double ratio = strongest(
+                        image, QRect(edge.left(), edge.top() + 3, 2, edge.height() - 6), beside);
+                    if (ratio < 3.0)
+                        faults << QStringLiteral("%1: check box %2 outline at %3:1")
+                                      .arg(name, item->objectName())
+                                      .arg(ratio, 0, 'f', 2);
+                }
+            }
+            // The current tab's mark, against the tab.
+            const auto marks = rootOf(window)->findChildren<QQuickItem *>(
+                QStringLiteral("currentMark"));
+            QList<QQuickItem *> shown;
+            for (QQuickItem *mark : marks) {
+                if (mark->isVisible())
+                    shown << mark;
+            }
+            QCOMPARE(shown.size(), 1);
+            QCOMPARE(shown[0]->parentItem()->property("checked").toBool(), true);
+            const QRect mark = shown[0]
+                                   ->mapRectToScene(QRectF(0, 0, shown[0]->width(), 2))
+                                   .toAlignedRect()
+                                   .adjusted(4, 0, -4, 0);
+            const QRgb tabColor = image.pixel(mark.left(), mark.top() - 2);
+            const double ratio = strongest(image, mark, tabColor);
+            if (ratio < 3.0)
+                faults << QStringLiteral("tab %1: the current tab's mark at %2:1")
+                              .arg(tab)
+                              .arg(ratio, 0, 'f', 2);
+        }
+        // Five tab symbols, four steppers of two, the list's buttons; nine
+        // check boxes.
+        QVERIFY2(symbols >= 5 + 8 + 2, qPrintable(QString::number(symbols)));
+        QCOMPARE(boxes, 9);
+        QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
+        window->close();
+        QTRY_VERIFY(!window->isVisible());
+        QGuiApplication::setPalette(QPalette());
     }
 
     void showsTheLoginItemAsTheDesktopHasIt_data()
