@@ -14,12 +14,15 @@
 #include <QDir>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <optional>
 #include <thread>
 #include <vector>
+
+#include <sys/resource.h>
 
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
@@ -316,6 +319,40 @@ private Q_SLOTS:
             QVERIFY2(QFileInfo::exists(m_folder + name), qPrintable(name));
         // Today's file keeps what it had in front of the new record.
         QCOMPARE(readLines(fileFor(now)).value(0), QStringLiteral("old"));
+    }
+
+    // Listing the folder fails (here: no file descriptors left for its
+    // deeper levels, which stops root too): said, nothing removed, no file.
+    void cleanUpThatCannotListTheFolderIsSaid()
+    {
+        const QDateTime now(QDate(2026, 11, 22), QTime(10, 0));
+        const QString old = m_folder + AppInfo::identifier() + ".20261121.log";
+        TestSupport::writeFile(old, "old\n");
+        QVERIFY(QDir().mkpath(m_folder + QString(QStringLiteral("d/")).repeated(12)));
+
+        // Room for three more descriptors, gaps between the open ones counted.
+        QSet<int> open;
+        for (const QString &fd : QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files))
+            open.insert(fd.toInt());
+        int room = 0;
+        int below = 0;
+        for (; room < 3; ++below)
+            room += open.contains(below) ? 0 : 1;
+        rlimit limit{};
+        ::getrlimit(RLIMIT_NOFILE, &limit);
+        const rlimit saved = limit;
+        limit.rlim_cur = rlim_t(below);
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+        const LogFileError listed = prepareLogsFolder(m_folder, logDateText(now, "en_US"));
+        const BuiltLogger built = buildLogger(m_folder, now, "en_US");
+        ::setrlimit(RLIMIT_NOFILE, &saved);
+
+        QCOMPARE(listed.kind, LogFileError::Kind::CouldNotListFolder);
+        QVERIFY2(built.error.startsWith("couldNotListFolder " + m_folder + ": "),
+                 qPrintable(built.error));
+        QVERIFY(built.file.isEmpty());
+        QVERIFY(QFileInfo::exists(old));
+        QVERIFY(!QFileInfo::exists(fileFor(now)));
     }
 
     void buildCreatesFolderAndAppendsOnTheSameDay()
