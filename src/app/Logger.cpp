@@ -198,8 +198,9 @@ LogFileError prepareLogsFolder(const QString &logsFolder, const QString &dateTex
 QString newestLogFile(const QString &logsFolder, const QDateTime &now)
 {
     const QFileInfoList files =
-        QDir(logsFolder).entryInfoList({AppInfo::identifier() + QStringLiteral(".*.log")},
-                                       QDir::Files, QDir::Time);
+        QDir(logsFolder)
+            .entryInfoList({AppInfo::identifier() + QStringLiteral(".*.log")}, QDir::Files,
+                           QDir::Time);
     return files.isEmpty() ? logFilePath(logsFolder, now) : files.first().filePath();
 }
 
@@ -289,8 +290,7 @@ public:
             std::lock_guard lock(m_mutex);
             target = m_target;
             if (!target) {
-                m_stdout.log(level, message, mergeLogMetadata(m_metadata, metadata), label,
-                             source);
+                m_stdout.log(level, message, mergeLogMetadata(m_metadata, metadata), label, source);
                 m_held.append(formatLogLine(
                     level, label, renderLogMetadata(mergeLogMetadata(m_metadata, metadata)),
                     message));
@@ -303,8 +303,7 @@ public:
 
     // The held lines go into the file, in front of everything that follows;
     // from now on records go to target.
-    void release(const std::optional<FileLogging> &fileLogging,
-                 std::shared_ptr<LogHandler> target)
+    void release(const std::optional<FileLogging> &fileLogging, std::shared_ptr<LogHandler> target)
     {
         if (!target)
             target = std::make_shared<StreamLogHandler>();
@@ -367,8 +366,7 @@ BuiltLogger buildLogger(const QString &logsFolder, const QDateTime &now, const Q
         logsFolder + AppInfo::identifier() + u'.' + dateText + QStringLiteral(".log");
 
     QString error;
-    const std::optional<FileLogging> fileLogging =
-        openLogFile(file, logsFolder, dateText, &error);
+    const std::optional<FileLogging> fileLogging = openLogFile(file, logsFolder, dateText, &error);
     Logger logger(AppInfo::identifier(), handlerFor(fileLogging, bootstrapProcess, &error));
     logger.info(helloRecord());
     return {logger, error, fileLogging ? file : QString()};

@@ -30,7 +30,6 @@ CheckBox {
             anchors.centerIn: parent
             width: 12
             height: 12
-            sourceSize: Qt.size(12, 12)
             source: "icons/checkmark.svg"
             color: box.palette.text
             visible: box.checkState === Qt.Checked

@@ -207,8 +207,10 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(window));
         QGuiApplication::setPalette(palette);
         const QColor windowColor = palette.color(QPalette::Window);
-        QTRY_COMPARE(rootOf(window)->property("palette").value<QPalette>().color(QPalette::Window),
-                     windowColor);
+        // The window's background follows the new palette once it is drawn.
+        QTRY_COMPARE(
+            QColor(window->grabWindow().pixel(window->width() - 30, window->height() - 10)),
+            windowColor);
 
         QStringList faults;
         int symbols = 0;
@@ -221,13 +223,13 @@ private Q_SLOTS:
             QList<QQuickItem *> items;
             collect(window->contentItem(), items);
             for (QQuickItem *item : std::as_const(items)) {
-                const QString name = QStringLiteral("tab %1, %2").arg(tab).arg(
-                    item->parentItem() && item->parentItem()->parentItem()
-                        ? item->parentItem()->parentItem()->objectName()
-                        : item->objectName());
-                const QRect area =
-                    item->mapRectToScene(QRectF(0, 0, item->width(), item->height()))
-                        .toAlignedRect();
+                const QString name = QStringLiteral("tab %1, %2")
+                                         .arg(tab)
+                                         .arg(item->parentItem() && item->parentItem()->parentItem()
+                                                  ? item->parentItem()->parentItem()->objectName()
+                                                  : item->objectName());
+                const QRect area = item->mapRectToScene(QRectF(0, 0, item->width(), item->height()))
+                                       .toAlignedRect();
                 if (!inside.contains(area))
                     continue; // scrolled out of sight
                 if (qstrcmp(item->metaObject()->className(), "QQuickIconImage") == 0 &&
@@ -258,8 +260,8 @@ private Q_SLOTS:
                 }
             }
             // The current tab's mark, against the tab.
-            const auto marks = rootOf(window)->findChildren<QQuickItem *>(
-                QStringLiteral("currentMark"));
+            const auto marks =
+                rootOf(window)->findChildren<QQuickItem *>(QStringLiteral("currentMark"));
             QList<QQuickItem *> shown;
             for (QQuickItem *mark : marks) {
                 if (mark->isVisible())

@@ -31,6 +31,6 @@ private:
     QmlWindowBackend &m_windows;
     QPointer<QQuickView> m_water;       // once the water panel is made
     QPointer<QQuickView> m_preferences; // once the settings window is made
-    quint64 m_read = 0;           // messages read so far
+    quint64 m_read = 0;                 // messages read so far
     bool m_reportPending = false;
 };
