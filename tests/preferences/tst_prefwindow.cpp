@@ -15,8 +15,10 @@
 
 #include <QFile>
 #include <QGuiApplication>
+#include <QPalette>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QTest>
 
@@ -205,6 +207,10 @@ private Q_SLOTS:
         WindowController::showPrefView();
         QQuickView *window = m_backend->preferencesWindow();
         QVERIFY(QTest::qWaitForWindowExposed(window));
+        const auto restore = qScopeGuard([window] {
+            window->close();
+            QGuiApplication::setPalette(QPalette());
+        });
         QGuiApplication::setPalette(palette);
         const QColor windowColor = palette.color(QPalette::Window);
         // The window's background follows the new palette once it is drawn.
@@ -260,12 +266,10 @@ private Q_SLOTS:
                 }
             }
             // The current tab's mark, against the tab.
-            const auto marks =
-                rootOf(window)->findChildren<QQuickItem *>(QStringLiteral("currentMark"));
             QList<QQuickItem *> shown;
-            for (QQuickItem *mark : marks) {
-                if (mark->isVisible())
-                    shown << mark;
+            for (QQuickItem *item : std::as_const(items)) {
+                if (item->objectName() == QLatin1String("currentMark"))
+                    shown << item;
             }
             QCOMPARE(shown.size(), 1);
             QCOMPARE(shown[0]->parentItem()->property("checked").toBool(), true);
@@ -285,9 +289,6 @@ private Q_SLOTS:
         QVERIFY2(symbols >= 5 + 8 + 2, qPrintable(QString::number(symbols)));
         QCOMPARE(boxes, 9);
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
-        window->close();
-        QTRY_VERIFY(!window->isVisible());
-        QGuiApplication::setPalette(QPalette());
     }
 
     void showsTheLoginItemAsTheDesktopHasIt_data()
