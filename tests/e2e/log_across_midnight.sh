@@ -37,7 +37,7 @@ auto_check_update=false
 CONF
 fail_context() { echo "--- files"; ls -l "$logs"; echo "--- stdout"; cat "$home/stdout"; }
 file=$logs/app.narv.Narv.$start_day.log
-in_file() { grep -q -- "$1" "$file"; }
+in_file() { grep -qs -- "$1" "$file"; }
 
 wait_for 10 logged "sandbox home path" || fail "narv did not start"
 [[ $(date +%Y%m%d) == "$start_day" ]] || fail "narv took longer to start than the day lasted"
