@@ -25,9 +25,3 @@ set_tests_properties(tst_prefwindow PROPERTIES ENVIRONMENT "LC_ALL=C.UTF-8" TIME
 add_test(NAME e2e_preferences_window
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/preferences_window.sh $<TARGET_FILE:narv>)
 set_tests_properties(e2e_preferences_window PROPERTIES TIMEOUT 120)
-
-# Moved, resized and closed, the window comes back as it was left, also from
-# a new window process.
-add_test(NAME e2e_settings_window_place
-    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/settings_window_place.sh $<TARGET_FILE:narv>)
-set_tests_properties(e2e_settings_window_place PROPERTIES TIMEOUT 120)

@@ -3,7 +3,7 @@
 # Narv opens the window "Settings" (once, at least 480 x 400); the keyboard
 # alone switches "Launch at login" on, which writes the setting and the
 # autostart entry at once; Ctrl+W closes the window, the process that drew
-# it ends, and the next start shows it again.
+# it ends, and the next start shows it again where it was left.
 #
 #   tests/e2e/preferences_window.sh path/to/narv
 set -euo pipefail
@@ -44,6 +44,10 @@ wait_for 5 grep -q "launch_at_login=true" "$home/config/narv/narv.conf" || fail 
 [[ -f $home/config/autostart/app.narv.Narv.desktop ]] || fail "no autostart entry"
 ok "Tab and Space switch \"Launch at login\" on: stored, and the autostart entry written"
 
+# Moved and resized: it comes back so from the next window process.
+xdotool windowsize "$window" 640 500 windowmove "$window" 1400 150
+placed() { [[ $(xdotool getwindowgeometry "$window" | tr -d '\n') == *"Position: 1400,150"*"Geometry: 640x500" ]]; }
+wait_for 5 placed || fail "the window did not move"
 xdotool key ctrl+w
 wait_for 5 no_window || fail "Ctrl+W did not close the window"
 # With its last window closed and no break near, the window process goes.
@@ -53,7 +57,9 @@ ok "Ctrl+W closes the window, and the process that drew it ends"
 timeout 10 "$narv" >/dev/null 2>&1 || fail "the third start failed"
 wait_for 10 one_window || fail "the window did not come back"
 grep -q "launch_at_login=true" "$home/config/narv/narv.conf" || fail "the setting did not stay"
-ok "the next start shows the window again"
+window=$(settings_windows)
+placed || fail "the window came back at $(xdotool getwindowgeometry "$window" | tr '\n' ' ')"
+ok "the next start shows the window again, where and as large as it was left"
 
 narv_stop
 echo "preferences window: $passed passed, 0 failed"
