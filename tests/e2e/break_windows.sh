@@ -95,7 +95,7 @@ ok "the forced long break reuses the same windows, without Skip"
 # --- the promotion ends even that break. Work is made one minute long first,
 # so that the windows have the time to fade out and go before the next break.
 setting pref.work.time 1
-sleep 1
+wait_for 10 settled || fail "narv did not settle after the settings file changed"
 read -r _ x y _ _ < <(blue_on left | grep text)
 xdotool mousemove "$x" "$y" click 1
 wait_for 5 logged "Click new feature: Water Reminder$" || fail "the promotion did not react"

@@ -59,6 +59,21 @@ wait_for() {
     return 1
 }
 count() { log | grep -c -- "$1" || true; }
+# Narv (or process $1) has handled everything sent to it so far: none of its
+# sockets holds unread data (a socket whose reading rests, as the X input
+# source's does for a second after activity, keeps its data there), then
+# none of its threads is runnable and its main thread sleeps in its event loop
+# (poll or ppoll). Woken by a socket, a timer, a changed settings file or
+# another thread, a thread would be runnable, not asleep.
+settled() {
+    local p=${1:-$pid} task
+    [[ -d /proc/$p ]] || return 1
+    ss -xpn | grep -F "pid=$p," | awk '$3 != 0 { exit 1 }' || return 1
+    for task in "/proc/$p/task/"*; do
+        [[ $(sed 's/.*) //' "$task/stat" 2>/dev/null | cut -c1) == S ]] || return 1
+    done
+    [[ $(cut -d' ' -f1 "/proc/$p/syscall" 2>/dev/null) =~ ^(7|271)$ ]]
+}
 # The log has a line matching $1, at least $2 (1) of them.
 logged() { [[ $(count "$1") -ge ${2:-1} ]]; }
 mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
@@ -67,7 +82,7 @@ mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
 start_watcher() {
     "${fakewatcher:-$(dirname "$narv")/narv_fakewatcher}" >>"$home/watcher.out" &
     watcher=$!
-    for _ in $(seq 1 50); do
+    for _ in $(seq 1 200); do
         dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
             string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true" && return 0
         sleep 0.1

@@ -100,7 +100,7 @@ pid=$views mapped libQt6Quick || fail "the panel is not drawn by the window proc
 ! pid=$views mapped libQt6QuickTemplates2 || fail "Qt Quick Controls are loaded for the panel"
 ! mapped libQt6Quick || fail "Qt Quick came into the counting process"
 xdotool windowmove "$(panels --onlyvisible)" 600 200
-sleep 0.5
+wait_for 10 settled "$views" || fail "the window process did not settle after the move"
 click_water_item
 wait_for 10 gone || fail "the water item did not close the panel"
 wait_for 10 ended 2 || fail "the window process stayed after the panel went"
