@@ -66,13 +66,17 @@ count() { log | grep -c -- "$1" || true; }
 # (poll or ppoll). Woken by a socket, a timer, a changed settings file or
 # another thread, a thread would be runnable, not asleep.
 settled() {
-    local p=${1:-$pid} task
+    local p=${1:-$pid} task line
     [[ -d /proc/$p ]] || return 1
-    ss -xpn | grep -F "pid=$p," | awk '$3 != 0 { exit 1 }' || return 1
+    ss -xpn | awk -v p="pid=$p," 'index($0, p) && $3 != 0 { exit 1 }' || return 1
+    # Read with the shell's own read: a process per thread would take seconds
+    # on a busy machine.
     for task in "/proc/$p/task/"*; do
-        [[ $(sed 's/.*) //' "$task/stat" 2>/dev/null | cut -c1) == S ]] || return 1
+        read -r line <"$task/stat" 2>/dev/null || return 1
+        [[ ${line##*) } == S\ * ]] || return 1
     done
-    [[ $(cut -d' ' -f1 "/proc/$p/syscall" 2>/dev/null) =~ ^(7|271)$ ]]
+    read -r line <"/proc/$p/syscall" 2>/dev/null || return 1
+    [[ ${line%% *} == 7 || ${line%% *} == 271 ]]
 }
 # The log has a line matching $1, at least $2 (1) of them.
 logged() { [[ $(count "$1") -ge ${2:-1} ]]; }
