@@ -16,7 +16,7 @@ set_tests_properties(tst_eventsources PROPERTIES
 # The real program on its own X server and session bus, driven with xdotool and
 # dbus-send.
 add_test(NAME e2e_events COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/events.sh $<TARGET_FILE:narv>)
-set_tests_properties(e2e_events PROPERTIES TIMEOUT 120)
+set_tests_properties(e2e_events PROPERTIES TIMEOUT 300)
 
 # The ext-idle-notify-v1 source against a compositor of the test's own, with
 # only a seat and the idle notifier, over a real Wayland socket.

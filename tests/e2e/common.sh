@@ -59,6 +59,25 @@ wait_for() {
     return 1
 }
 count() { log | grep -c -- "$1" || true; }
+# Narv (or process $1) has handled everything sent to it so far: none of its
+# sockets holds unread data (a socket whose reading rests, as the X input
+# source's does for a second after activity, keeps its data there), then
+# none of its threads is runnable and its main thread sleeps in its event loop
+# (poll or ppoll). Woken by a socket, a timer, a changed settings file or
+# another thread, a thread would be runnable, not asleep.
+settled() {
+    local p=${1:-$pid} task line
+    [[ -d /proc/$p ]] || return 1
+    ss -xpn | awk -v p="pid=$p," 'index($0, p) && $3 != 0 { exit 1 }' || return 1
+    # Read with the shell's own read: a process per thread would take seconds
+    # on a busy machine.
+    for task in "/proc/$p/task/"*; do
+        read -r line <"$task/stat" 2>/dev/null || return 1
+        [[ ${line##*) } == S\ * ]] || return 1
+    done
+    read -r line <"/proc/$p/syscall" 2>/dev/null || return 1
+    [[ ${line%% *} == 7 || ${line%% *} == 271 ]]
+}
 # The log has a line matching $1, at least $2 (1) of them.
 logged() { [[ $(count "$1") -ge ${2:-1} ]]; }
 mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
@@ -67,7 +86,7 @@ mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
 start_watcher() {
     "${fakewatcher:-$(dirname "$narv")/narv_fakewatcher}" >>"$home/watcher.out" &
     watcher=$!
-    for _ in $(seq 1 50); do
+    for _ in $(seq 1 200); do
         dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
             string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true" && return 0
         sleep 0.1

@@ -10,8 +10,8 @@ source "$here/common.sh"
 passed=0
 failed=0
 
-# Starts narv with the given env, waits for $2 in the log (or 5 s), keeps it
-# running for the rest of the wait and stops it.
+# Starts narv with the given env, waits for $2 in the log (or $1 seconds) and
+# for narv to settle (or 10 seconds), and stops it.
 run_narv() {
     local seconds=$1 wanted=$2
     shift 2
@@ -20,7 +20,9 @@ run_narv() {
     setsid env "$@" "$narv" >"$home/stdout" 2>&1 &
     local pid=$!
     pid= wait_for "$seconds" logged "$wanted" || true
-    sleep 1
+    local counting
+    counting=$(pgrep -o -g "$pid" -x narv || true)
+    [[ -z $counting ]] || pid= wait_for 10 settled "$counting" || true
     if pgrep -g "$pid" -f "$narv" >/dev/null; then
         alive=1
     else
@@ -63,21 +65,21 @@ check() {
 common=(QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8)
 
 narv_scratch_home
-run_narv 5 "sandbox home path" -u DBUS_SESSION_BUS_ADDRESS -u DISPLAY -u WAYLAND_DISPLAY "${common[@]}"
+run_narv 20 "sandbox home path" -u DBUS_SESSION_BUS_ADDRESS -u DISPLAY -u WAYLAND_DISPLAY "${common[@]}"
 check "no session bus" "no session bus: one instance is kept by a lock file" \
     "the status item can only be a classic tray icon" \
     "screen lock: no session bus"
 rm -rf "$home"
 
 narv_scratch_home
-run_narv 5 "sandbox home path" -u DISPLAY -u WAYLAND_DISPLAY "${common[@]}" \
+run_narv 20 "sandbox home path" -u DISPLAY -u WAYLAND_DISPLAY "${common[@]}" \
     dbus-run-session --
 check "no tray host" "no StatusNotifierWatcher and no system tray"
 rm -rf "$home"
 
 narv_scratch_home
 rm -rf "$home/config" && touch "$home/config" # a file where the folder should be
-run_narv 5 "sandbox home path" -u DISPLAY -u WAYLAND_DISPLAY "${common[@]}" dbus-run-session --
+run_narv 20 "sandbox home path" -u DISPLAY -u WAYLAND_DISPLAY "${common[@]}" dbus-run-session --
 check "settings folder not writable" "settings: cannot write"
 rm -rf "$home"
 
@@ -96,7 +98,7 @@ CONF
     # weston's headless backend has no seat, and Qt 6.4's Wayland input context
     # then crashes laying out text; a desktop session always has one. The
     # compose input method keeps that out of the way.
-    run_narv 15 "skip break view" -u DISPLAY WAYLAND_DISPLAY=wayland-narv QT_QPA_PLATFORM=wayland QT_IM_MODULE=compose \
+    run_narv 30 "skip break view" -u DISPLAY WAYLAND_DISPLAY=wayland-narv QT_QPA_PLATFORM=wayland QT_IM_MODULE=compose \
         XDG_SESSION_TYPE=wayland LC_ALL=C.UTF-8 dbus-run-session --
     kill "$weston" 2>/dev/null || true
     wait "$weston" 2>/dev/null || true

@@ -40,6 +40,9 @@ unlock() {
 }
 restarts() { count " : mouse activity, work starts again$"; }
 
+# Each case ends once narv has read every event of its input: a key's
+# release or a button's may come a batch after its press, once the source's
+# reading rests no more, and would otherwise count in the next case.
 # Counts: with work stopped by a lock, the input restarts it.
 counts() {
     local what=$1 before
@@ -47,24 +50,26 @@ counts() {
     lock
     before=$(restarts)
     xdotool "$@"
-    wait_count 5 " : mouse activity, work starts again$" "$before" || fail "$what did not count"
+    wait_count 10 " : mouse activity, work starts again$" "$before" || fail "$what did not count"
+    wait_for 10 settled || fail "narv did not settle after $what"
     unlock
     ok "$what counts"
 }
-# Does not count: a second later work is still stopped.
+# Does not count: once narv has read all of it, work is still stopped.
 does_not_count() {
     local what=$1 before
     shift
     lock
     before=$(restarts)
     xdotool "$@"
-    sleep 1
+    wait_for 10 settled || fail "narv did not settle after $what"
     [[ $(restarts) -eq $before ]] || fail "$what counted"
     unlock
     ok "$what does not count"
 }
 
 wait_count 20 " : sandbox home path: " 0 || fail "narv did not start"
+wait_for 10 settled || fail "narv did not settle after start"
 log | grep -q " : mouse activity: XInput 2 raw events on $DISPLAY$" || fail "XInput 2 is not used"
 ok "activity comes from XInput 2 raw events on its own connection"
 

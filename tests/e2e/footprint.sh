@@ -37,7 +37,7 @@ CONF
 shown() { [[ -n $(windows_named "$1" --onlyvisible) ]]; }
 
 wait_for 20 logged " : sandbox home path: " || fail "narv did not start"
-sleep 1
+wait_for 10 settled || fail "narv did not settle after start"
 for piece in libQt6Gui libQt6Quick libQt6Qml libQt6Widgets libQt6Network narv_views.so narv_update.so \
     narv_updatewindow.so narv_classictray.so /var/cache/fontconfig; do
     ! mapped "$piece" || fail "$piece is in the process before any window"

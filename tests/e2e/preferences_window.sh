@@ -39,6 +39,7 @@ ok "a second start opens \"Settings\", ${WIDTH}x${HEIGHT}"
 # switch of the General tab, "Launch at login", and Space switches it on.
 wait_for 5 bash -c "[[ \$(xdotool getwindowfocus 2>/dev/null) == $window ]]" ||
     fail "the window does not have the keyboard"
+wait_for 10 settled "$(views_pid)" || fail "the window process did not settle"
 xdotool key --delay 100 Tab Tab Tab Tab Tab space
 wait_for 5 grep -q "launch_at_login=true" "$home/config/narv/narv.conf" || fail "launch_at_login was not stored"
 [[ -f $home/config/autostart/app.narv.Narv.desktop ]] || fail "no autostart entry"

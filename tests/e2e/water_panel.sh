@@ -78,6 +78,9 @@ fi
 
 # --- "Done" drinks the chosen amount, then the panel goes
 read -r _ x y _ _ < <(done_button)
+# A click is only a tap when the press and the release reach the window
+# process well within the long-press time: not while it is still busy.
+wait_for 10 settled "$(views_pid)" || fail "the window process did not settle"
 xdotool mousemove "$x" "$y" click 1
 wait_for 5 stored "pref.water.finished=850" || fail "Done did not add 250 ml"
 wait_for 5 label_is "Water (56% )" || fail "the menu's item did not follow: $(water_label)"
@@ -100,7 +103,7 @@ pid=$views mapped libQt6Quick || fail "the panel is not drawn by the window proc
 ! pid=$views mapped libQt6QuickTemplates2 || fail "Qt Quick Controls are loaded for the panel"
 ! mapped libQt6Quick || fail "Qt Quick came into the counting process"
 xdotool windowmove "$(panels --onlyvisible)" 600 200
-sleep 0.5
+wait_for 10 settled "$views" || fail "the window process did not settle after the move"
 click_water_item
 wait_for 10 gone || fail "the water item did not close the panel"
 wait_for 10 ended 2 || fail "the window process stayed after the panel went"
