@@ -56,10 +56,14 @@ int standInWindowProcess()
     QObject::connect(&channel, &MessageChannel::received, [&](const QVariantList &message) {
         ++read;
         const QString what = message.value(0).toString();
-        // With the panel's position, when it comes with one.
-        const bool placed = what == QLatin1String("showWaterView") && message.size() > 1;
+        // With the panel's position or the settings' activation token, when
+        // they come with one.
+        const bool withArgument =
+            (what == QLatin1String("showWaterView") || what == QLatin1String("showPrefView")) &&
+            message.size() > 1;
         record.write(what.toUtf8() +
-                     (placed ? ' ' + message.value(1).toString().toUtf8() : QByteArray()) + '\n');
+                     (withArgument ? ' ' + message.value(1).toString().toUtf8() : QByteArray()) +
+                     '\n');
         record.flush();
         if (what == QLatin1String("showBreak"))
             breakShown = true;
@@ -185,7 +189,8 @@ private Q_SLOTS:
 
     // The window process: started by the first window and ended with the
     // last; the water panel comes back where the last process had it; what
-    // its views ask for runs here.
+    // its views ask for runs here; the settings take the activation token
+    // along.
     void lifetime()
     {
         ViewsProcess views;
@@ -214,6 +219,16 @@ private Q_SLOTS:
         views.showWaterView();
         QVERIFY(views.processId() != first);
         QTRY_VERIFY(recorded().contains(QStringLiteral("showWaterView 120")));
+
+        // A second start's activation token goes with the settings to the
+        // window process, once.
+        qputenv("XDG_ACTIVATION_TOKEN", "token-of-the-second-start");
+        views.showPrefView();
+        views.showPrefView();
+        QTRY_VERIFY(recorded().contains(QStringLiteral("showPrefView ")));
+        QCOMPARE(recorded().filter(QStringLiteral("showPrefView")),
+                 (QStringList{QStringLiteral("showPrefView token-of-the-second-start"),
+                              QStringLiteral("showPrefView ")}));
     }
 
     // Ten seconds before a break the window process is started and told to

@@ -62,6 +62,9 @@ void ViewsHost::onReceived(const QVariantList &message)
     } else if (name == QLatin1String("showAbout")) {
         m_windows.showAbout();
     } else if (name == QLatin1String("showPrefView")) {
+        // Taken by Qt's Wayland platform when the window is activated.
+        if (!value.toString().isEmpty())
+            qputenv("XDG_ACTIVATION_TOKEN", value.toString().toUtf8());
         m_windows.showPrefView();
     } else if (name == QLatin1String("showWaterView")) {
         // Where the user last put the panel, in an earlier window process.
@@ -139,7 +142,6 @@ extern "C" Q_DECL_EXPORT int narv_views_run(int &argc, char **argv)
     }
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationDisplayName(AppInfo::name());
-    QGuiApplication::setDesktopFileName(AppInfo::identifier());
     QGuiApplication::setQuitOnLastWindowClosed(false);
     loadTranslations();
     const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();

@@ -165,7 +165,11 @@ void ViewsProcess::showAbout()
 
 void ViewsProcess::showPrefView()
 {
-    command({QStringLiteral("showPrefView")});
+    // The activation token of a second start (SingleInstance) belongs to the
+    // window that comes up now, in the window process.
+    const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    command({QStringLiteral("showPrefView"), token});
 }
 
 void ViewsProcess::showWaterView()
