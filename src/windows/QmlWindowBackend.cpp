@@ -17,6 +17,7 @@
 #include <QSurfaceFormat>
 
 #include <functional>
+#include <utility>
 
 // Generated with the Narv.Windows module. The library is static, so nothing
 // would pull the module's type registration into the program without this
@@ -96,6 +97,23 @@ void releaseWhenHidden(QQuickWindow *window)
         Qt::QueuedConnection);
 }
 
+// Set once the application is asked to quit. Qt then closes every window
+// first, and a window that kept itself open would call the quit off.
+bool g_quitting = false;
+
+class QuitWatch : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Quit)
+            g_quitting = true;
+        return false;
+    }
+};
+
 // Turns a close from outside into the window's own way of going. Its close
 // button, the compositor's or window manager's close (a dock's menu, Alt+F4)
 // and QWindow::close() from a shortcut all arrive as a QCloseEvent; accepted,
@@ -112,7 +130,7 @@ public:
 protected:
     bool eventFilter(QObject *, QEvent *event) override
     {
-        if (event->type() != QEvent::Close)
+        if (event->type() != QEvent::Close || g_quitting)
             return false;
         event->ignore();
         if (m_ownClose)
@@ -145,8 +163,12 @@ QmlWindowBackend::QmlWindowBackend()
     QGuiApplication::setDesktopFileName(AppInfo::identifier());
     // The windows and the engine must go while the application object still
     // exists; the backend itself lives until static destruction.
-    if (auto *app = QCoreApplication::instance())
+    if (auto *app = QCoreApplication::instance()) {
         QObject::connect(app, &QCoreApplication::aboutToQuit, app, [this] { releaseWindows(); });
+        static bool watching = false;
+        if (!std::exchange(watching, true))
+            app->installEventFilter(new QuitWatch(app));
+    }
 }
 
 QmlWindowBackend::~QmlWindowBackend()

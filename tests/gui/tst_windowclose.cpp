@@ -3,7 +3,8 @@
 // close that comes in the way the compositor's does. Run on a private X server
 // (tests/run-on-xvfb) and on a headless Wayland compositor
 // (tests/run-on-weston). Each window is only hidden, as by its own close,
-// survives the release of its backing store that follows, and shows again.
+// survives the release of its backing store that follows, and shows again;
+// a quit still closes them all.
 
 #include "LogTail.h"
 #include "TestSupport.h"
@@ -17,6 +18,7 @@
 #include <QQuickView>
 #include <QScreen>
 #include <QTest>
+#include <QTimer>
 
 #include <xcb/xcb.h>
 
@@ -136,6 +138,21 @@ private Q_SLOTS:
         QVERIFY(view->handle());
         WindowController::closeBreak();
         QTRY_VERIFY_WITH_TIMEOUT(!view->isVisible(), kFadeWait);
+    }
+
+    // Last: Qt closes every window before it quits, and one that stayed
+    // would keep the program from quitting.
+    void quittingClosesEveryWindow()
+    {
+        WindowController::showPrefView();
+        QVERIFY(QTest::qWaitForWindowExposed(m_backend->preferencesWindow()));
+        // quit() needs the application's loop running; exit() ends it without
+        // asking the windows, should the quit be called off.
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+        QTimer::singleShot(10000, qApp, [] { QCoreApplication::exit(1); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        for (QWindow *window : QGuiApplication::topLevelWindows())
+            QVERIFY2(!window->handle(), qPrintable(window->title()));
     }
 
 private:
