@@ -31,7 +31,9 @@ wait_for() {
     done
     return 1
 }
-shot() { [[ -n ${1:-} ]] && echo "screenshot: docs/screenshots/$1"; }
+shot() { echo "screenshot: docs/screenshots/$1"; }
+# A shell without a way to take one says so.
+screenshot() { return 1; }
 
 # Starts Narv with the settings file read from standard input; $pid.
 narv_start() {
@@ -90,4 +92,110 @@ finish() {
     [[ -z ${pid:-} ]] || wait "$pid" 2>/dev/null
     echo "$shell: $failed failed"
     ((failed == 0))
+}
+
+# What follows needs from the shell's script:
+#   windows        one line per window: app_id|name|output|x y w h|fullscreen|focused|stack
+#                  (name without the " — Narv" Qt adds; fullscreen and focused
+#                  "true" or "false"; stack higher above lower)
+#   close_window   NAME: the compositor's close, as its close button sends it
+#   focus_client   gives the focus to the client window "Flower"
+narv_windows() { windows | awk -F'|' '$1 == "app.narv.Narv"'; }
+window_named() { narv_windows | awk -F'|' -v n="$1" '$2 == n'; }
+has_window() { [[ -n $(window_named "$1") ]]; }
+no_window() { [[ -z $(window_named "$1") ]]; }
+focused_window() { windows | awk -F'|' '$6 == "true" { print $2 }'; }
+client_focused() { [[ $(focused_window) == Flower ]]; }
+settings_focused() { [[ $(focused_window) == Settings ]]; }
+
+# A client window with the focus, as the user's work would be.
+start_client() {
+    weston-flower >/dev/null 2>&1 &
+    wait_for 20 client_focused || fail "the client window did not come up with the focus: $(windows | tr '\n' ';')"
+}
+
+# A break at once: one full-screen window per output, above the client, the
+# primary output's (the one at 0,0) with the focus. $1: a screenshot's name.
+check_break() {
+    breaks_up() { [[ $(narv_windows | awk -F'|' '$5 == "true"' | wc -l) -eq 2 ]]; }
+    if ! wait_for 30 breaks_up; then
+        fail "no full-screen break window on each output: $(windows | tr '\n' ';')"
+        return
+    fi
+    local all geometry outputs client lowest focus primary
+    all=$(windows)
+    geometry=$(awk -F'|' '$1 == "app.narv.Narv" && $5 == "true" { print $2 ": " $3 " " $4 }' <<<"$all" | sort | tr '\n' ';')
+    outputs=$(awk -F'|' '$1 == "app.narv.Narv" && $5 == "true" { print $4 }' <<<"$all" | sort -u | wc -l)
+    [[ $outputs -eq 2 ]] && ok "one full-screen break window per output ($geometry)" || fail "break windows: $geometry"
+    client=$(awk -F'|' '$2 == "Flower" { print $7 }' <<<"$all")
+    lowest=$(awk -F'|' '$1 == "app.narv.Narv" && $5 == "true" { print $7 }' <<<"$all" | sort -n | head -1)
+    [[ -n $client && $lowest -gt $client ]] && ok "the break windows are above the client window" ||
+        fail "the break windows are not above the client window: $(tr '\n' ';' <<<"$all")"
+    focus=$(focused_window)
+    primary=$(awk -F'|' '$1 == "app.narv.Narv" && $4 ~ /^0 0 / { print $2 }' <<<"$all" | head -1)
+    [[ -n $focus && $focus == "$primary" ]] && ok "the primary output's break window ($primary) has the focus" ||
+        fail "the focus is on \"$focus\", not on the primary output's break window \"$primary\""
+    [[ -z ${1:-} ]] || { screenshot "$1" && shot "$1"; }
+}
+
+# Opens window $1 with the menu item labelled $2..., closes it as the
+# compositor does, and opens it again. $3: a screenshot's name.
+check_close_by_compositor() {
+    local title=$1
+    menu_click label "\"$2" || { fail "no \"$2\" in the menu"; return; }
+    if ! wait_for 20 has_window "$title"; then
+        fail "$title did not open: $(windows | tr '\n' ';')"
+        return
+    fi
+    ok "$title carries the app id app.narv.Narv"
+    echo "$title placed at: $(window_named "$title" | cut -d'|' -f3,4)"
+    [[ -z ${3:-} ]] || { screenshot "$3" && shot "$3"; }
+    close_window "$title"
+    if wait_for 10 no_window "$title" && sleep 1 && no_crash; then
+        ok "$title closed by the compositor, no crash"
+    else
+        fail "$title closed by the compositor: $(log | grep -E 'crash|error' | tail -2)"
+    fi
+    menu_click label "\"$2"
+    wait_for 20 has_window "$title" && ok "$title opens again" || fail "$title does not open again"
+}
+
+# Settings open behind the client, then closed: a second start each time.
+check_second_start() {
+    focus_client
+    client_focused || fail "the client window did not take the focus"
+    local status=0
+    "$build/narv" >>"$WORK/narv.out" 2>&1 || status=$?
+    # Settings still open behind the client come forward only with a
+    # launcher's activation token, and nothing here is a launcher that mints one.
+    if [[ $status -ne 0 ]]; then
+        fail "a second start exited with $status"
+    elif wait_for 5 settings_focused; then
+        ok "a second start brings the open Settings to the front"
+    else
+        skip "a second start without a launcher's activation token leaves the open Settings behind (focus on \"$(focused_window)\")"
+    fi
+    close_window "Settings"
+    wait_for 10 no_window "Settings"
+    focus_client
+    "$build/narv" >>"$WORK/narv.out" 2>&1
+    wait_for 10 settings_focused && ok "a second start brings the closed Settings back with the focus" ||
+        fail "a second start after a close: the focus is on \"$(focused_window)\""
+}
+
+check_idle_source() {
+    local line
+    if wait_for 10 logged "mouse activity: "; then
+        line=$(log | grep -o 'mouse activity: [^(]*' | head -1)
+        [[ $line == *"$1"* ]] && ok "idle source: $line" || fail "idle source: $line, not $1"
+    else
+        fail "no idle source in the log"
+    fi
+}
+
+# The menu's water item closes the panel it opened.
+check_water_toggle() {
+    menu_click label '"Water ('
+    wait_for 10 no_window "Water Reminder" && ok "the menu closes the water panel" ||
+        fail "the menu does not close the water panel"
 }
