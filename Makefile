@@ -3,7 +3,7 @@ BUILD_DIR ?= build
 BUILD_TYPE ?= RelWithDebInfo
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build run test format bench clean
+.PHONY: all deps build run test test-desktops format bench clean
 
 all: build
 
@@ -21,6 +21,12 @@ run: build
 
 test: build
 	scripts/run-tests $(BUILD_DIR)
+
+# The real program on real shells started headless (sway, KWin, GNOME Shell);
+# their packages come with scripts/install-deps --desktops.
+test-desktops: build
+	scripts/install-deps --desktops
+	tests/desktops/run $(BUILD_DIR)
 
 # Builds only what the benchmark runs, not the tests.
 bench: deps $(BUILD_DIR)/build.ninja

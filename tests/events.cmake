@@ -18,27 +18,35 @@ set_tests_properties(tst_eventsources PROPERTIES
 add_test(NAME e2e_events COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/events.sh $<TARGET_FILE:narv>)
 set_tests_properties(e2e_events PROPERTIES TIMEOUT 300)
 
-# The ext-idle-notify-v1 source against a compositor of the test's own, with
-# only a seat and the idle notifier, over a real Wayland socket.
+# The Wayland idle source against a compositor of the test's own, with only a
+# seat and one of the idle protocols, over a real Wayland socket.
 enable_language(C)
 pkg_check_modules(WAYLAND_SERVER REQUIRED IMPORTED_TARGET wayland-server)
 pkg_get_variable(WAYLAND_SCANNER wayland-scanner wayland_scanner)
 pkg_get_variable(WAYLAND_PROTOCOLS_DIR wayland-protocols pkgdatadir)
-set(idle_notify_xml ${WAYLAND_PROTOCOLS_DIR}/staging/ext-idle-notify/ext-idle-notify-v1.xml)
+find_package(PlasmaWaylandProtocols REQUIRED)
 set(fake_compositor_out ${CMAKE_CURRENT_BINARY_DIR}/fake_compositor)
-add_custom_command(
-    OUTPUT ${fake_compositor_out}/ext-idle-notify-v1-server-protocol.h
-           ${fake_compositor_out}/ext-idle-notify-v1-protocol.c
-    COMMAND ${CMAKE_COMMAND} -E make_directory ${fake_compositor_out}
-    COMMAND ${WAYLAND_SCANNER} server-header ${idle_notify_xml}
-            ${fake_compositor_out}/ext-idle-notify-v1-server-protocol.h
-    COMMAND ${WAYLAND_SCANNER} private-code ${idle_notify_xml}
-            ${fake_compositor_out}/ext-idle-notify-v1-protocol.c
-    DEPENDS ${idle_notify_xml}
-    VERBATIM)
-add_executable(fake_compositor events/fake_compositor.cpp
-    ${fake_compositor_out}/ext-idle-notify-v1-server-protocol.h
-    ${fake_compositor_out}/ext-idle-notify-v1-protocol.c)
+set(fake_compositor_protocols)
+foreach(protocol ext-idle-notify-v1 kde-idle)
+    if(protocol STREQUAL "kde-idle")
+        set(xml ${PLASMA_WAYLAND_PROTOCOLS_DIR}/idle.xml)
+    else()
+        set(xml ${WAYLAND_PROTOCOLS_DIR}/staging/ext-idle-notify/ext-idle-notify-v1.xml)
+    endif()
+    add_custom_command(
+        OUTPUT ${fake_compositor_out}/${protocol}-server-protocol.h
+               ${fake_compositor_out}/${protocol}-protocol.c
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${fake_compositor_out}
+        COMMAND ${WAYLAND_SCANNER} server-header ${xml}
+                ${fake_compositor_out}/${protocol}-server-protocol.h
+        COMMAND ${WAYLAND_SCANNER} private-code ${xml}
+                ${fake_compositor_out}/${protocol}-protocol.c
+        DEPENDS ${xml}
+        VERBATIM)
+    list(APPEND fake_compositor_protocols ${fake_compositor_out}/${protocol}-server-protocol.h
+                                          ${fake_compositor_out}/${protocol}-protocol.c)
+endforeach()
+add_executable(fake_compositor events/fake_compositor.cpp ${fake_compositor_protocols})
 target_include_directories(fake_compositor PRIVATE ${fake_compositor_out})
 target_link_libraries(fake_compositor PRIVATE PkgConfig::WAYLAND_SERVER)
 

@@ -1,5 +1,6 @@
 #include "windows/QmlWindowBackend.h"
 
+#include "app/AppInfo.h"
 #include "app/Localized.h"
 #include "app/Log.h"
 #include "platform/compositor/Compositor.h"
@@ -14,6 +15,9 @@
 #include <QSGRendererInterface>
 #include <QScreen>
 #include <QSurfaceFormat>
+
+#include <functional>
+#include <utility>
 
 // Generated with the Narv.Windows module. The library is static, so nothing
 // would pull the module's type registration into the program without this
@@ -61,6 +65,12 @@ void releaseBackingStore(QQuickWindow *window)
     // Shown again before this came round: it needs its store.
     if (window->isVisible())
         return;
+    // The native window is gone (closed by something that got past
+    // closeLikeItsOwn()): its store went with it, and drawing now would make a
+    // new one for a surface that no longer exists, which the Wayland platform
+    // does not survive.
+    if (!window->handle())
+        return;
     // The other renderers keep their buffers elsewhere, and drawing a hidden
     // window there would mean setting up a whole offscreen pipeline.
     if (window->rendererInterface()->graphicsApi() != QSGRendererInterface::Software)
@@ -87,6 +97,56 @@ void releaseWhenHidden(QQuickWindow *window)
         Qt::QueuedConnection);
 }
 
+// Set once the application is asked to quit. Qt then closes every window
+// first, and a window that kept itself open would call the quit off.
+bool g_quitting = false;
+
+class QuitWatch : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Quit)
+            g_quitting = true;
+        return false;
+    }
+};
+
+// Turns a close from outside into the window's own way of going. Its close
+// button, the compositor's or window manager's close (a dock's menu, Alt+F4)
+// and QWindow::close() from a shortcut all arrive as a QCloseEvent; accepted,
+// it would make Qt destroy the native window, and with it what the window is
+// kept for: the next showing, the backing store released above.
+class CloseLikeItsOwn : public QObject {
+public:
+    CloseLikeItsOwn(QWindow *window, std::function<void()> ownClose)
+        : QObject(window), m_ownClose(std::move(ownClose))
+    {
+        window->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() != QEvent::Close || g_quitting)
+            return false;
+        event->ignore();
+        if (m_ownClose)
+            m_ownClose();
+        return true;
+    }
+
+private:
+    std::function<void()> m_ownClose;
+};
+
+void closeLikeItsOwn(QWindow *window, std::function<void()> ownClose)
+{
+    new CloseLikeItsOwn(window, std::move(ownClose));
+}
+
 bool isFadingOut(QWindow *window)
 {
     auto *fade = window->findChild<QPropertyAnimation *>(QLatin1String(kFadeName),
@@ -98,10 +158,17 @@ bool isFadingOut(QWindow *window)
 
 QmlWindowBackend::QmlWindowBackend()
 {
+    // Every window carries the desktop file's id (the Wayland app id), so that
+    // docks and the shell show Narv's name and icon for it.
+    QGuiApplication::setDesktopFileName(AppInfo::identifier());
     // The windows and the engine must go while the application object still
     // exists; the backend itself lives until static destruction.
-    if (auto *app = QCoreApplication::instance())
+    if (auto *app = QCoreApplication::instance()) {
         QObject::connect(app, &QCoreApplication::aboutToQuit, app, [this] { releaseWindows(); });
+        static bool watching = false;
+        if (!std::exchange(watching, true))
+            app->installEventFilter(new QuitWatch(app));
+    }
 }
 
 QmlWindowBackend::~QmlWindowBackend()
@@ -207,6 +274,12 @@ QQuickView *QmlWindowBackend::breakWindow(QScreen *screen)
     window->setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     window->setScreen(screen);
     window->setGeometry(screen->geometry());
+    // The break ends on time or by "Skip", not by the desktop's close.
+    closeLikeItsOwn(window, [title] {
+        LOG_NOTICE(QStringLiteral("the desktop asked to close break window %1; it stays until "
+                                  "the break ends")
+                       .arg(title));
+    });
     LOG_INFO(QStringLiteral("create break window %1").arg(title));
     return window;
 }
@@ -259,16 +332,19 @@ void QmlWindowBackend::close(QWindow *window)
 
 void QmlWindowBackend::showBreak()
 {
-    const QList<QScreen *> screens = QGuiApplication::screens();
+    // The primary screen's window comes last: Wayland compositors decide the
+    // focus themselves and give it to the window that appeared last.
+    QList<QScreen *> screens = QGuiApplication::screens();
+    if (screens.removeOne(QGuiApplication::primaryScreen()))
+        screens.append(QGuiApplication::primaryScreen());
     QWindow *focus = nullptr;
-    for (QScreen *screen : screens) {
+    for (QScreen *screen : std::as_const(screens)) {
         QQuickView *window = breakWindow(screen);
         // The screen may have moved or changed size since the last break.
         window->setScreen(screen);
         window->setGeometry(screen->geometry());
         show(window);
-        if (screen == QGuiApplication::primaryScreen() || !focus)
-            focus = window;
+        focus = window;
     }
     // Keys typed during the break go to the break window, not to the window
     // below it (a Return there could send a half-written message).
@@ -304,6 +380,7 @@ void QmlWindowBackend::showAbout()
         m_about = makeView(QStringLiteral("AboutView.qml"));
         m_about->setTitle(NARV_TR("About Narv"));
         m_about->setFlags(Qt::Dialog);
+        closeLikeItsOwn(m_about, [window = m_about.data()] { window->hide(); });
         const QSize size =
             m_about->initialSize().isValid() ? m_about->initialSize() : QSize(320, 280);
         m_about->setMinimumSize(size);
@@ -330,6 +407,8 @@ QQuickView *QmlWindowBackend::preferencesWindow()
     m_preferences->setResizeMode(QQuickView::SizeRootObjectToView);
     m_preferences->setSource(QUrl(QStringLiteral("qrc:/Narv/Preferences/PreferencesView.qml")));
     releaseWhenHidden(m_preferences);
+    // Its close button and Ctrl+W only hide it: it comes back as the user left it.
+    closeLikeItsOwn(m_preferences, [window = m_preferences.data()] { window->hide(); });
     for (const QQmlError &error : m_preferences->errors())
         LOG_ERROR(QStringLiteral("PreferencesView.qml: %1").arg(error.toString()));
 
@@ -367,8 +446,9 @@ QQuickView *QmlWindowBackend::waterWindow()
     m_water = new QQuickView(ensureEngine(), nullptr);
     m_water->setTitle(NARV_TR("Water Reminder"));
     // No title bar: the panel is moved by its background and closed by its
-    // buttons. It floats above ordinary windows.
-    m_water->setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    // buttons. It floats above ordinary windows, and as a tool window it
+    // stays out of taskbars where the session says so (X11).
+    m_water->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     if (translucent) {
         QSurfaceFormat format = m_water->format();
         format.setAlphaBufferSize(8);
@@ -381,6 +461,9 @@ QQuickView *QmlWindowBackend::waterWindow()
     m_water->setInitialProperties({{QStringLiteral("translucent"), translucent}});
     m_water->setSource(QUrl(QStringLiteral("qrc:/Narv/Water/WaterView.qml")));
     releaseWhenHidden(m_water);
+    // Closed by the desktop, the panel goes as on Escape or its own close
+    // button: faded out, nothing armed.
+    closeLikeItsOwn(m_water, [] { WindowController::closeWaterView(); });
     for (const QQmlError &error : m_water->errors())
         LOG_ERROR(QStringLiteral("WaterView.qml: %1").arg(error.toString()));
 

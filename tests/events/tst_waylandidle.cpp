@@ -1,6 +1,6 @@
-// The ext-idle-notify-v1 source against a small compositor of the test's own
-// (fake_compositor) over a real Wayland socket, and how EventSources picks a
-// source by the kind of session.
+// The Wayland idle source, on ext-idle-notify-v1 and on org_kde_kwin_idle,
+// against a small compositor of the test's own (fake_compositor) over a real
+// Wayland socket, and how EventSources picks a source by the kind of session.
 
 #include "LogTail.h"
 #include "TestSupport.h"
@@ -64,11 +64,24 @@ private Q_SLOTS:
         qunsetenv("WAYLAND_DISPLAY");
     }
 
+    void idledAndResumedBecomeActivity_data()
+    {
+        QTest::addColumn<QStringList>("compositorArgs");
+        QTest::addColumn<QString>("protocol");
+        QTest::newRow("ext-idle-notify-v1")
+            << QStringList() << QStringLiteral("ext-idle-notify-v1");
+        QTest::newRow("org_kde_kwin_idle")
+            << QStringList{QStringLiteral("--kde-idle")} << QStringLiteral("org_kde_kwin_idle");
+    }
+
     void idledAndResumedBecomeActivity()
     {
-        QVERIFY(startCompositor());
+        QFETCH(QStringList, compositorArgs);
+        QFETCH(QString, protocol);
+        QVERIFY(startCompositor(compositorArgs));
         auto source = WaylandIdleActivitySource::open();
         QVERIFY(source);
+        QCOMPARE(source->protocol(), protocol);
         QSignalSpy activity(source.get(), &InputActivitySource::activity);
         QVERIFY(source->start());
         QCOMPARE(readLine(), QByteArray("notification 1000"));
@@ -90,9 +103,10 @@ private Q_SLOTS:
     void compositorWithoutTheProtocol()
     {
         QVERIFY(startCompositor({QStringLiteral("--without-idle-notify")}));
-        const int before = LogTail::count("does not offer ext-idle-notify-v1");
+        const QByteArray neither = "does not offer ext-idle-notify-v1 or org_kde_kwin_idle";
+        const int before = LogTail::count(neither);
         QVERIFY(!WaylandIdleActivitySource::open());
-        QCOMPARE(LogTail::count("does not offer ext-idle-notify-v1"), before + 1);
+        QCOMPARE(LogTail::count(neither), before + 1);
 
         qputenv("WAYLAND_DISPLAY", "no-such-compositor");
         QVERIFY(!WaylandIdleActivitySource::open());
@@ -123,6 +137,8 @@ private Q_SLOTS:
         InputActivitySource *input = SystemEventController::inputActivitySource();
         QVERIFY(input);
         QCOMPARE(input->metaObject()->className(), "WaylandIdleActivitySource");
+        QVERIFY(LogTail::text().contains(
+            "mouse activity: ext-idle-notify-v1 (keys count as activity too)"));
 
         // An X11 session without a usable X server has nothing to offer.
         qunsetenv("WAYLAND_DISPLAY");

@@ -56,17 +56,22 @@ int standInWindowProcess()
     QObject::connect(&channel, &MessageChannel::received, [&](const QVariantList &message) {
         ++read;
         const QString what = message.value(0).toString();
-        // With the window's place, when it comes with one.
-        QString place;
-        if (const QVariant at = message.value(1); at.typeId() == QMetaType::QPoint)
-            place = QStringLiteral(" %1,%2").arg(at.toPoint().x()).arg(at.toPoint().y());
-        else if (at.typeId() == QMetaType::QRect)
-            place = QStringLiteral(" %1,%2 %3x%4")
-                        .arg(at.toRect().x())
-                        .arg(at.toRect().y())
-                        .arg(at.toRect().width())
-                        .arg(at.toRect().height());
-        record.write((what + place).toUtf8() + '\n');
+        // With the window's place or the settings' activation token, when
+        // they come with one.
+        QString extra;
+        for (const QVariant &at : message.mid(1)) {
+            if (at.typeId() == QMetaType::QPoint)
+                extra += QStringLiteral(" %1,%2").arg(at.toPoint().x()).arg(at.toPoint().y());
+            else if (at.typeId() == QMetaType::QRect)
+                extra += QStringLiteral(" %1,%2 %3x%4")
+                             .arg(at.toRect().x())
+                             .arg(at.toRect().y())
+                             .arg(at.toRect().width())
+                             .arg(at.toRect().height());
+            else
+                extra += u' ' + at.toString();
+        }
+        record.write((what + extra).toUtf8() + '\n');
         record.flush();
         if (what == QLatin1String("showBreak"))
             breakShown = true;
@@ -193,7 +198,8 @@ private Q_SLOTS:
 
     // The window process: started by the first window and ended with the
     // last; the water panel and the settings window come back where the last
-    // process had them; what its views ask for runs here.
+    // process had them; what its views ask for runs here; the settings take
+    // the activation token along.
     void lifetime()
     {
         ViewsProcess views;
@@ -226,8 +232,15 @@ private Q_SLOTS:
         const qint64 second = views.processId();
         QTRY_VERIFY(!exists(second));
 
+        // A second start's activation token goes with the settings to the
+        // window process, once; the window comes back as the user left it.
+        qputenv("XDG_ACTIVATION_TOKEN", "token-of-the-second-start");
         views.showPrefView();
-        QTRY_VERIFY(recorded().contains(QStringLiteral("showPrefView 30,40 600x500")));
+        views.showPrefView();
+        QTRY_COMPARE(recorded().filter(QStringLiteral("showPrefView")),
+                     (QStringList{
+                         QStringLiteral("showPrefView token-of-the-second-start 30,40 600x500"),
+                         QStringLiteral("showPrefView  30,40 600x500")}));
     }
 
     // Ten seconds before a break the window process is started and told to

@@ -36,7 +36,8 @@ std::unique_ptr<InputActivitySource> inputSource()
     if (auto m = mutter())
         return m;
     if (auto w = WaylandIdleActivitySource::open()) {
-        LOG_INFO(QStringLiteral("mouse activity: ext-idle-notify-v1 (keys count as activity too)"));
+        LOG_INFO(
+            QStringLiteral("mouse activity: %1 (keys count as activity too)").arg(w->protocol()));
         return w;
     }
     return nullptr;

@@ -8,6 +8,7 @@
 #include <wayland-client.h>
 
 #include "ext-idle-notify-v1-client-protocol.h"
+#include "kde-idle-client-protocol.h"
 
 namespace {
 
@@ -36,6 +37,18 @@ void notificationResumed(void *data, ext_idle_notification_v1 *)
 const ext_idle_notification_v1_listener notificationListener = {notificationIdled,
                                                                 notificationResumed};
 
+void kdeTimeoutIdle(void *data, org_kde_kwin_idle_timeout *)
+{
+    static_cast<WaylandIdleActivitySource *>(data)->onIdled();
+}
+
+void kdeTimeoutResumed(void *data, org_kde_kwin_idle_timeout *)
+{
+    static_cast<WaylandIdleActivitySource *>(data)->onResumed();
+}
+
+const org_kde_kwin_idle_timeout_listener kdeTimeoutListener = {kdeTimeoutIdle, kdeTimeoutResumed};
+
 } // namespace
 
 std::unique_ptr<WaylandIdleActivitySource> WaylandIdleActivitySource::open()
@@ -52,10 +65,16 @@ std::unique_ptr<WaylandIdleActivitySource> WaylandIdleActivitySource::open()
         LOG_NOTICE(QStringLiteral("mouse activity: the Wayland compositor hung up"));
         return nullptr;
     }
-    if (!source->m_notifier || !source->m_seat) {
+    if ((!source->m_notifier && !source->m_kdeIdle) || !source->m_seat) {
         LOG_NOTICE(QStringLiteral("mouse activity: the Wayland compositor does not offer "
-                                  "ext-idle-notify-v1"));
+                                  "ext-idle-notify-v1 or org_kde_kwin_idle; mouse activity is "
+                                  "not watched"));
         return nullptr;
+    }
+    // One is enough: the newer one where there are both.
+    if (source->m_notifier && source->m_kdeIdle) {
+        org_kde_kwin_idle_destroy(source->m_kdeIdle);
+        source->m_kdeIdle = nullptr;
     }
     return source;
 }
@@ -67,6 +86,10 @@ WaylandIdleActivitySource::~WaylandIdleActivitySource()
         ext_idle_notification_v1_destroy(m_notification);
     if (m_notifier)
         ext_idle_notifier_v1_destroy(m_notifier);
+    if (m_kdeTimeout)
+        org_kde_kwin_idle_timeout_release(m_kdeTimeout);
+    if (m_kdeIdle)
+        org_kde_kwin_idle_destroy(m_kdeIdle);
     if (m_seat)
         wl_seat_destroy(m_seat);
     if (m_registry)
@@ -84,14 +107,27 @@ void WaylandIdleActivitySource::onGlobal(wl_registry *registry, uint32_t name,
     } else if (!m_notifier && std::strcmp(interface, ext_idle_notifier_v1_interface.name) == 0) {
         m_notifier = static_cast<ext_idle_notifier_v1 *>(
             wl_registry_bind(registry, name, &ext_idle_notifier_v1_interface, 1));
+    } else if (!m_kdeIdle && std::strcmp(interface, org_kde_kwin_idle_interface.name) == 0) {
+        m_kdeIdle = static_cast<org_kde_kwin_idle *>(
+            wl_registry_bind(registry, name, &org_kde_kwin_idle_interface, 1));
     }
+}
+
+QString WaylandIdleActivitySource::protocol() const
+{
+    return m_notifier ? QStringLiteral("ext-idle-notify-v1") : QStringLiteral("org_kde_kwin_idle");
 }
 
 bool WaylandIdleActivitySource::start()
 {
-    m_notification =
-        ext_idle_notifier_v1_get_idle_notification(m_notifier, idleThresholdMs, m_seat);
-    ext_idle_notification_v1_add_listener(m_notification, &notificationListener, this);
+    if (m_notifier) {
+        m_notification =
+            ext_idle_notifier_v1_get_idle_notification(m_notifier, idleThresholdMs, m_seat);
+        ext_idle_notification_v1_add_listener(m_notification, &notificationListener, this);
+    } else {
+        m_kdeTimeout = org_kde_kwin_idle_get_idle_timeout(m_kdeIdle, m_seat, idleThresholdMs);
+        org_kde_kwin_idle_timeout_add_listener(m_kdeTimeout, &kdeTimeoutListener, this);
+    }
     if (wl_display_flush(m_display) < 0) {
         LOG_WARNING(QStringLiteral("mouse activity: the Wayland compositor hung up"));
         return false;

@@ -42,6 +42,20 @@ bool socketAddress(sockaddr_un &address, QString *error)
     return true;
 }
 
+// What this start was given by its launcher, for the running Narv: on
+// Wayland the activation token that lets it bring its window forward, on X11
+// the startup notification's id.
+QVariantMap launchPlatformData(const QString &token)
+{
+    QVariantMap data;
+    if (!token.isEmpty())
+        data.insert(QStringLiteral("activation-token"), token);
+    const QString startupId = qEnvironmentVariable("DESKTOP_STARTUP_ID");
+    if (!startupId.isEmpty())
+        data.insert(QStringLiteral("desktop-startup-id"), startupId);
+    return data;
+}
+
 QString lastError()
 {
     return QString::fromLocal8Bit(std::strerror(errno));
@@ -83,6 +97,12 @@ QString SingleInstance::socketPath()
 
 SingleInstance::Claim SingleInstance::claim()
 {
+    // The launcher's activation token goes to the running Narv when there is
+    // one. A token is good for one activation, and a first start opens no
+    // window: left in the environment, it would only reach the window process
+    // stale, and be taken there instead of a fresh one.
+    m_launchToken = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    qunsetenv("XDG_ACTIVATION_TOKEN");
     if (QDBusConnection::sessionBus().isConnected())
         return claimOnBus();
     LOG_NOTICE(QStringLiteral("no session bus: one instance is kept by a lock file"));
@@ -103,7 +123,7 @@ SingleInstance::Claim SingleInstance::claimOnBus()
     QDBusMessage call = QDBusMessage::createMethodCall(
         serviceName(), objectPath(), QStringLiteral("org.freedesktop.Application"),
         QStringLiteral("Activate"));
-    call << QVariantMap();
+    call << launchPlatformData(m_launchToken);
     const QDBusMessage answer = bus.call(call, QDBus::Block, 3000);
     if (answer.type() == QDBusMessage::ErrorMessage) {
         LOG_WARNING(QStringLiteral("another Narv holds %1 but does not answer: %2")
@@ -175,9 +195,15 @@ void SingleInstance::acceptAll()
     }
 }
 
-void SingleInstance::Activate(const QVariantMap &)
+void SingleInstance::Activate(const QVariantMap &platformData)
 {
     LOG_INFO(QStringLiteral("another start of Narv: showing the settings"));
+    // Where Qt's Wayland platform takes it from when it next activates a
+    // window: then the compositor lets the settings come forward instead of
+    // leaving them behind the window in front.
+    const QString token = platformData.value(QStringLiteral("activation-token")).toString();
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
     Q_EMIT activated();
 }
 

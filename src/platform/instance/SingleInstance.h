@@ -52,6 +52,7 @@ private:
     void listen();
     void acceptAll();
 
+    QString m_launchToken; // XDG_ACTIVATION_TOKEN this process was started with
     std::unique_ptr<QLockFile> m_lock;
     int m_listener = -1; // the local socket's file descriptor
     QSocketNotifier *m_notifier = nullptr;

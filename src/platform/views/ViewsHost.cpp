@@ -62,10 +62,13 @@ void ViewsHost::onReceived(const QVariantList &message)
     } else if (name == QLatin1String("showAbout")) {
         m_windows.showAbout();
     } else if (name == QLatin1String("showPrefView")) {
+        // Taken by Qt's Wayland platform when the window is activated.
+        if (!value.toString().isEmpty())
+            qputenv("XDG_ACTIVATION_TOKEN", value.toString().toUtf8());
         // Made here, in a new process: where the user last had it, as large.
         if (!m_preferences) {
             m_preferences = m_windows.preferencesWindow();
-            if (const QRect geometry = value.toRect(); geometry.isValid())
+            if (const QRect geometry = message.value(2).toRect(); geometry.isValid())
                 m_preferences->setGeometry(geometry);
         }
         m_windows.showPrefView();
@@ -145,7 +148,6 @@ extern "C" Q_DECL_EXPORT int narv_views_run(int &argc, char **argv)
     }
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationDisplayName(AppInfo::name());
-    QGuiApplication::setDesktopFileName(AppInfo::identifier());
     QGuiApplication::setQuitOnLastWindowClosed(false);
     loadTranslations();
     const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();

@@ -167,7 +167,11 @@ void ViewsProcess::showAbout()
 
 void ViewsProcess::showPrefView()
 {
-    QVariantList message{QStringLiteral("showPrefView")};
+    // The activation token of a second start (SingleInstance) belongs to the
+    // window that comes up now, in the window process.
+    const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    QVariantList message{QStringLiteral("showPrefView"), token};
     if (m_preferencesGeometry)
         message << *m_preferencesGeometry;
     command(message);

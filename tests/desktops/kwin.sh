@@ -1,0 +1,100 @@
+# KWin (Wayland, virtual backend, two 1280x800 outputs) with kded5, whose
+# module is the StatusNotifierWatcher, and plasmashell. Sourced by
+# tests/desktops/run. Window facts come from KWin scripts, whose print()
+# lands in KWin's output.
+
+# kwin_wayland carries a file capability that containers refuse to exec, and
+# its own platform plugin only loads in a program of that name: a plain copy.
+mkdir -p "$WORK/bin"
+cp /usr/bin/kwin_wayland "$WORK/bin/kwin_wayland"
+"$WORK/bin/kwin_wayland" --virtual --output-count 2 --width 1280 --height 800 \
+    --socket wayland-narv >"$WORK/kwin.log" 2>&1 &
+trap 'kill $(jobs -p) 2>/dev/null' EXIT
+kwin_up() {
+    [[ -S $XDG_RUNTIME_DIR/wayland-narv ]] &&
+        dbus-send --session --print-reply --dest=org.kde.KWin /KWin org.freedesktop.DBus.Peer.Ping >/dev/null 2>&1
+}
+if ! wait_for 60 kwin_up; then
+    fail "kwin_wayland did not start: $(tail -3 "$WORK/kwin.log")"
+    finish
+    exit
+fi
+export WAYLAND_DISPLAY=wayland-narv XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=KDE
+export KDE_FULL_SESSION=true QT_QPA_PLATFORM=wayland
+echo "$(kwin_wayland --version 2>/dev/null)"
+
+# What the bus starts on demand must find the compositor too.
+dbus-update-activation-environment WAYLAND_DISPLAY XDG_SESSION_TYPE XDG_CURRENT_DESKTOP \
+    KDE_FULL_SESSION QT_QPA_PLATFORM XDG_RUNTIME_DIR HOME XDG_CONFIG_HOME XDG_CACHE_HOME XDG_DATA_DIRS
+kded5 >"$WORK/kded.log" 2>&1 &
+/usr/lib/x86_64-linux-gnu/libexec/kactivitymanagerd >"$WORK/kamd.log" 2>&1 &
+plasmashell --no-respawn >"$WORK/plasmashell.log" 2>&1 &
+watcher_up() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+        string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true"
+}
+kded_up() {
+    dbus-send --session --print-reply --dest=org.kde.kded5 /kded org.kde.kded5.loadModule \
+        string:statusnotifierwatcher >/dev/null 2>&1
+}
+wait_for 60 kded_up || fail "kded5 does not load its statusnotifierwatcher module"
+wait_for 60 watcher_up || fail "no StatusNotifierWatcher from kded5: $(tail -3 "$WORK/kded.log")"
+
+# Runs the KWin script $1 (JavaScript) once and echoes what it prints, which
+# lands in KWin's output between two marker lines.
+kwin_script() {
+    local marker
+    marker="narv-script-$(date +%s%N)"
+    local file=$WORK/$marker.js
+    printf 'print("%s");\n%s\nprint("%s-end");\n' "$marker" "$1" "$marker" >"$file"
+    local id
+    id=$(dbus-send --session --print-reply --dest=org.kde.KWin /Scripting org.kde.kwin.Scripting.loadScript \
+        "string:$file" "string:$marker" 2>/dev/null | awk '/int32/ { print $2 }')
+    [[ -n $id ]] || return 1
+    dbus-send --session --print-reply --dest=org.kde.KWin "/Scripting/Script$id" org.kde.kwin.Script.run >/dev/null 2>&1 ||
+        dbus-send --session --print-reply --dest=org.kde.KWin "/$id" org.kde.kwin.Script.run >/dev/null 2>&1
+    for _ in $(seq 1 50); do
+        grep -q "$marker-end" "$WORK/kwin.log" && break
+        sleep 0.1
+    done
+    dbus-send --session --print-reply --dest=org.kde.KWin /Scripting org.kde.kwin.Scripting.unloadScript \
+        "string:$marker" >/dev/null 2>&1
+    sed -n "/js: $marker\$/,/js: $marker-end/p" "$WORK/kwin.log" | sed '1d;$d;s/^js: //' | awk '!seen[$0]++'
+}
+windows() {
+    kwin_script '
+for (const w of workspace.clientList()) {
+    if (!w.normalWindow && !w.dialog && !w.utility) continue;
+    const g = w.frameGeometry;
+    print([w.desktopFileName, w.caption.replace(" \u2014 Narv", ""), w.screen,
+           [g.x, g.y, g.width, g.height].join(" "), w.fullScreen, w.active,
+           w.stackingOrder].join("|"));
+}'
+}
+close_window() {
+    kwin_script "for (const w of workspace.clientList()) if (w.caption.startsWith(\"$1\")) w.closeWindow();" >/dev/null
+}
+focus_client() {
+    kwin_script 'for (const w of workspace.clientList()) if (w.caption == "Flower") workspace.activeClient = w;' >/dev/null
+}
+
+start_client
+narv_start < <(narv_settings 0 30)
+wait_for 30 item_registered && ok "the status item is registered with kded5's watcher" ||
+    fail "the status item is not registered: $(registered_items | tail -2)"
+check_idle_source ext-idle-notify-v1
+check_break
+kill -TERM "$pid"
+wait "$pid"
+pid=
+
+rm -f "$XDG_CACHE_HOME"/narv/Logs/*.log
+narv_start < <(narv_settings 25 300)
+wait_for 30 item_registered || fail "the status item is not registered"
+check_close_by_compositor "Settings" "Settings"
+check_close_by_compositor "Water Reminder" "Water ("
+check_water_toggle
+check_second_start
+no_crash && ok "no crash in the whole run" || fail "$(log | grep -E 'crash' | tail -2)"
+
+finish
