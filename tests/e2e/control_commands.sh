@@ -24,6 +24,7 @@ expect() { # code, command...
 }
 
 narv_scratch_home
+passed=0
 for command in status "status --json" "status --follow" pause resume toggle skip break settings; do
     # shellcheck disable=SC2086
     expect 1 $command
@@ -69,14 +70,15 @@ ok "status and status --json while working"
 
 "$narv" status --follow >"$home/follow" 2>&1 &
 follower=$!
-wait_for 10 test "$(wc -l <"$home/follow")" -ge 3 || fail "status --follow printed no lines a second"
+followed() { [[ $(wc -l <"$home/follow") -ge $1 ]]; }
+wait_for 10 followed 3 || fail "status --follow printed no lines a second"
 
 state() { run status && [[ $out == "$1" ]]; }
 working() { run status && [[ $out =~ ^2[45]:[0-5][0-9]$ ]]; }
 pause_label() { menu_find label "\"- $1 -\"" >/dev/null; }
 expect 0 pause
 wait_for 5 state paused || fail "not paused: $out"
-wait_for 5 pause_label Wrok || fail "the menu does not offer work after pause"
+wait_for 5 pause_label Work || fail "the menu does not offer work after pause"
 logged "control: pause" || fail "pause is not in the log"
 wait_for 5 grep -qx paused "$home/follow" || fail "status --follow did not see the pause"
 expect 0 toggle

@@ -6,8 +6,8 @@
 #include "platform/instance/SingleInstance.h"
 
 #include <QCoreApplication>
+#include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QDateTime>
@@ -39,6 +39,15 @@ const char usageText[] =
     "  --help                      this text\n"
     "  --version                   the version\n";
 
+const QString connectionName = QStringLiteral("narv-command");
+
+// A connection of the command's own, closed before the program ends: the
+// bus thread must not be handed a message while the program's statics go.
+QDBusConnection bus()
+{
+    return QDBusConnection(connectionName);
+}
+
 void say(FILE *stream, const QString &line)
 {
     std::fputs(line.toLocal8Bit().constData(), stream);
@@ -61,7 +70,7 @@ QDBusMessage call(const QString &interface, const QString &method,
     message.setArguments(arguments);
     // Never have the bus start a Narv for a command.
     message.setAutoStartService(false);
-    return QDBusConnection::sessionBus().call(message, QDBus::Block, 5000);
+    return bus().call(message, QDBus::Block, 5000);
 }
 
 // One line on standard error for a call that failed; the exit code.
@@ -80,8 +89,15 @@ int failed(const QDBusMessage &reply)
 
 bool narvRuns()
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    return bus.isConnected() && bus.interface()->isServiceRegistered(SingleInstance::serviceName());
+    QDBusConnection bus = ::bus();
+    if (!bus.isConnected())
+        return false;
+    QDBusMessage ask = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+    ask << SingleInstance::serviceName();
+    const QDBusMessage reply = bus.call(ask, QDBus::Block, 5000);
+    return reply.type() == QDBusMessage::ReplyMessage && reply.arguments().value(0).toBool();
 }
 
 // The state as read at one moment, and the seconds counted down since.
@@ -179,7 +195,7 @@ public:
         m_second.setTimerType(Qt::PreciseTimer);
         connect(&m_second, &QTimer::timeout, this, &Follower::print);
         m_second.start();
-        QDBusConnection bus = QDBusConnection::sessionBus();
+        QDBusConnection bus = ::bus();
         bus.connect(SingleInstance::serviceName(), ControlService::objectPath(),
                     QStringLiteral("org.freedesktop.DBus.Properties"),
                     QStringLiteral("PropertiesChanged"), this, SLOT(reread()));
@@ -210,10 +226,8 @@ private:
     QDBusServiceWatcher m_watcher;
 };
 
-int status(bool json, bool follow, int argc, char **argv)
+int status(bool json, bool follow)
 {
-    // The loop of --follow; the bus wants an application object in any case.
-    QCoreApplication app(argc, argv);
     if (!narvRuns()) {
         say(stderr, QStringLiteral("narv: Narv is not running"));
         return 1;
@@ -231,12 +245,11 @@ int status(bool json, bool follow, int argc, char **argv)
     // Gone between the first reading and the watch: nothing will tell us.
     if (!narvRuns())
         return 0;
-    return app.exec();
+    return QCoreApplication::exec();
 }
 
-int command(const QString &method, int argc, char **argv)
+int command(const QString &method)
 {
-    QCoreApplication app(argc, argv);
     if (!narvRuns()) {
         say(stderr, QStringLiteral("narv: Narv is not running"));
         return 1;
@@ -244,12 +257,28 @@ int command(const QString &method, int argc, char **argv)
     const QDBusMessage reply = call(ControlService::interfaceName(), method);
     return reply.type() == QDBusMessage::ReplyMessage ? 0 : failed(reply);
 }
+// Runs `body` with an application object (the loop of --follow) and the
+// command's connection to the session bus.
+template <typename Body> int withBus(int argc, char **argv, Body body)
+{
+    QCoreApplication app(argc, argv);
+    QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
+    const int code = body();
+    QDBusConnection::disconnectFromBus(connectionName);
+    return code;
+}
 } // namespace
 
 int ControlCommand::run(int argc, char **argv)
 {
-    // Qt's own warnings go to standard error here, not into Narv's log.
-    qInstallMessageHandler(nullptr);
+    // What the command says is its one line. Qt's D-Bus thread, which may
+    // still deliver the last reply's bookkeeping while the program's statics
+    // go, warns then about types it no longer knows: none of that is for the
+    // user, and nothing goes to Narv's log from here.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &text) {
+        if (type == QtCriticalMsg || type == QtFatalMsg)
+            say(stderr, QStringLiteral("narv: %1").arg(text));
+    });
     const QString name = QString::fromLocal8Bit(argv[1]);
     QStringList options;
     for (int i = 2; i < argc; ++i)
@@ -278,7 +307,7 @@ int ControlCommand::run(int argc, char **argv)
             else
                 return usage(QStringLiteral("unknown option for status: %1").arg(option));
         }
-        return status(json, follow, argc, argv);
+        return withBus(argc, argv, [=] { return status(json, follow); });
     }
 
     static const QHash<QString, QString> methods{
@@ -294,7 +323,8 @@ int ControlCommand::run(int argc, char **argv)
         return usage(QStringLiteral("unknown command: %1").arg(name));
     if (!options.isEmpty())
         return usage(QStringLiteral("%1 takes no arguments").arg(name));
-    return command(*method, argc, argv);
+    const QString called = *method;
+    return withBus(argc, argv, [&called] { return command(called); });
 }
 
 #include "ControlCommand.moc"
