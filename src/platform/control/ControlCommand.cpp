@@ -41,8 +41,8 @@ const char usageText[] =
 
 const QString connectionName = QStringLiteral("narv-command");
 
-// A connection of the command's own, closed before the program ends: the
-// bus thread must not be handed a message while the program's statics go.
+// The command's own connection to the session bus, opened and closed by
+// withBus() below.
 QDBusConnection bus()
 {
     return QDBusConnection(connectionName);
