@@ -263,7 +263,12 @@ template <typename Body> int withBus(int argc, char **argv, Body body)
 {
     QCoreApplication app(argc, argv);
     QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
-    const int code = body();
+    // A Narv without a session bus (see SingleInstance) serves no commands.
+    int code = 1;
+    if (bus().isConnected())
+        code = body();
+    else
+        say(stderr, QStringLiteral("narv: no session bus to reach Narv on"));
     QDBusConnection::disconnectFromBus(connectionName);
     return code;
 }
