@@ -5,6 +5,8 @@
 #include "app/Localized.h"
 #include "app/Log.h"
 #include "app/LoginItem.h"
+#include "platform/control/ControlCommand.h"
+#include "platform/control/ControlService.h"
 #include "platform/events/EventSources.h"
 #include "platform/instance/SingleInstance.h"
 #include "platform/login/LoginItemBackend.h"
@@ -65,6 +67,10 @@ int QuilloApp::main(int argc, char **argv)
     QCoreApplication::setApplicationVersion(AppInfo::version());
     if (argc > 1 && qstrcmp(argv[1], ViewsModule::processOption) == 0)
         return ViewsModule::runProcess(argc, argv);
+    // `narv status`, `narv pause` ...: a client of the running Narv, which
+    // neither logs nor counts.
+    if (argc > 1)
+        return ControlCommand::run(argc, argv);
     // Whose log this is, the running Narv's or this one's, is known once the
     // single instance is claimed.
     LogFile::wait();
@@ -147,7 +153,10 @@ int QuilloApp::main(int argc, char **argv)
     LoginItems::setCurrent(loginItem.get());
 
     AppDelegate delegate;
-    QTimer::singleShot(0, &app, [&delegate] { delegate.applicationDidFinishLaunching(); });
+    QTimer::singleShot(0, &app, [&delegate, &app] {
+        delegate.applicationDidFinishLaunching();
+        ControlService::install(&app);
+    });
     const int code = app.exec();
     delegate.applicationWillTerminate();
     // The window process ends with its line to this one.

@@ -1,6 +1,7 @@
 #include "app/TicktackController.h"
 
 #include "app/AppState.h"
+#include "app/CycleEvents.h"
 #include "app/Log.h"
 #include "app/TickPath.h"
 #include "app/TickSource.h"
@@ -153,6 +154,7 @@ void TicktackController::ticktack(qint64 seconds, TicktackState *state)
     c.cancellable = std::move(countdown);
     // Restarting the source gives the new countdown its first tick one second from now.
     source->start();
+    Q_EMIT CycleEvents::instance()->changed();
 }
 
 void TicktackController::stop()
@@ -164,6 +166,7 @@ void TicktackController::stop()
     logger().log(LogLevel::Info,
                  QStringLiteral("ticktack timer stoped %1").arg(QString::number(interval, 'f', 1)),
                  {}, LogSource{"TicktackController", "stop()", __LINE__});
+    Q_EMIT CycleEvents::instance()->changed();
 }
 
 bool TicktackController::isRunning()
