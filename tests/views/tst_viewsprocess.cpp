@@ -59,7 +59,9 @@ int standInWindowProcess()
         // With the window's place or the settings' activation token, when
         // they come with one.
         QString extra;
-        for (const QVariant &at : message.mid(1)) {
+        const bool withArgument =
+            what == QLatin1String("showWaterView") || what == QLatin1String("showPrefView");
+        for (const QVariant &at : withArgument ? message.mid(1) : QVariantList()) {
             if (at.typeId() == QMetaType::QPoint)
                 extra += QStringLiteral(" %1,%2").arg(at.toPoint().x()).arg(at.toPoint().y());
             else if (at.typeId() == QMetaType::QRect)
