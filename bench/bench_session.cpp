@@ -685,7 +685,8 @@ public:
         for (int run = 1; run <= m_options.runs; ++run) {
             progress(QStringLiteral("run %1 of %2").arg(run).arg(m_options.runs));
             m_thisRun.clear();
-            info(QStringLiteral("run"), QString::number(run)); // the samples after it are this run's
+            info(QStringLiteral("run"),
+                 QString::number(run)); // the samples after it are this run's
             oneRun();
             sampleRatios();
         }
@@ -978,9 +979,11 @@ private:
         // Resident memory while counting, before any window and after the
         // first automatic update check.
         sleepMs(narv.startedAt() + m_options.settleMs - nowMs());
-        const QRegularExpression checked(QStringLiteral(" : (update check failed|no update|update available)"));
+        const QRegularExpression checked(
+            QStringLiteral(" : (update check failed|no update|update available)"));
         waitFor([&] { return narv.hasLine(checked); }, 45000);
-        info(QStringLiteral("narv.update_check"), narv.hasLine(checked) ? QStringLiteral("done") : QStringLiteral("not-done"));
+        info(QStringLiteral("narv.update_check"),
+             narv.hasLine(checked) ? QStringLiteral("done") : QStringLiteral("not-done"));
         for (Subject *s : everyone) {
             const Memory m = memoryOf(s->processes());
             sample(s->id(), QStringLiteral("rss_counting_kib"), double(m.rssKiB));

@@ -11,17 +11,14 @@
 #include <tuple>
 
 // The structures of the StatusNotifierItem and dbusmenu protocols, as QtDBus
-// marshals them for the adaptors. Each names its fields in D-Bus order.
-#define NARV_DBUS_FIELDS(...)                                                                      \
-    auto fields() { return std::tie(__VA_ARGS__); }                                                \
-    auto fields() const { return std::tie(__VA_ARGS__); }
+// marshals them for the adaptors. Each ties its fields in D-Bus order.
 
 // (iiay): one icon size as ARGB32 in network byte order.
 struct DBusImage {
     int width = 0;
     int height = 0;
     QByteArray data;
-    NARV_DBUS_FIELDS(width, height, data)
+    auto fields() { return std::tie(width, height, data); }
 };
 using DBusImageList = QList<DBusImage>;
 
@@ -31,14 +28,14 @@ struct DBusToolTip {
     DBusImageList iconPixmap;
     QString title;
     QString description;
-    NARV_DBUS_FIELDS(iconName, iconPixmap, title, description)
+    auto fields() { return std::tie(iconName, iconPixmap, title, description); }
 };
 
 // (ia{sv}): a menu item's id and its properties.
 struct DBusMenuItem {
     int id = 0;
     QVariantMap properties;
-    NARV_DBUS_FIELDS(id, properties)
+    auto fields() { return std::tie(id, properties); }
 };
 using DBusMenuItemList = QList<DBusMenuItem>;
 
@@ -46,7 +43,7 @@ using DBusMenuItemList = QList<DBusMenuItem>;
 struct DBusMenuItemKeys {
     int id = 0;
     QStringList properties;
-    NARV_DBUS_FIELDS(id, properties)
+    auto fields() { return std::tie(id, properties); }
 };
 using DBusMenuItemKeysList = QList<DBusMenuItemKeys>;
 
@@ -56,7 +53,7 @@ struct DBusMenuEvent {
     QString eventId;
     QDBusVariant data;
     uint timestamp = 0;
-    NARV_DBUS_FIELDS(id, eventId, data, timestamp)
+    auto fields() { return std::tie(id, eventId, data, timestamp); }
 };
 using DBusMenuEventList = QList<DBusMenuEvent>;
 
@@ -71,19 +68,22 @@ struct DBusMenuLayoutItem {
 using DBusMenuShortcut = QList<QStringList>;
 
 template <typename T>
-concept DBusStructure = requires(T value) { value.fields(); };
+concept DBusStructure = requires(T value)
+{
+    value.fields();
+};
 
-template <DBusStructure T>
-QDBusArgument &operator<<(QDBusArgument &argument, const T &value)
+template <DBusStructure T> QDBusArgument &operator<<(QDBusArgument &argument, const T &value)
 {
     argument.beginStructure();
-    std::apply([&](const auto &...field) { ((argument << field), ...); }, value.fields());
+    // fields() only ties references; nothing is written through them here.
+    std::apply([&](const auto &...field) { ((argument << field), ...); },
+               const_cast<T &>(value).fields());
     argument.endStructure();
     return argument;
 }
 
-template <DBusStructure T>
-const QDBusArgument &operator>>(const QDBusArgument &argument, T &value)
+template <DBusStructure T> const QDBusArgument &operator>>(const QDBusArgument &argument, T &value)
 {
     argument.beginStructure();
     std::apply([&](auto &...field) { ((argument >> field), ...); }, value.fields());

@@ -12,12 +12,27 @@
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QDir>
-#include <QFile>
 #include <QMap>
 
 namespace {
+const QString watcher = QString::fromLatin1(StatusNotifierItem::watcherService);
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 const QString connectionName = QStringLiteral("narv-status-item");
+
+// A call to the watcher; `done` gets its reply.
+void callWatcher(QObject *context, const QDBusConnection &bus, const QString &interface,
+                 const QString &method, const QVariantList &args,
+                 std::function<void(const QDBusPendingCallWatcher &)> done)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(watcher, watcherPath, interface, method);
+    call.setArguments(args);
+    auto *pending = new QDBusPendingCallWatcher(bus.asyncCall(call), context);
+    QObject::connect(pending, &QDBusPendingCallWatcher::finished, context,
+                     [done](QDBusPendingCallWatcher *w) {
+                         w->deleteLater();
+                         done(*w);
+                     });
+}
 } // namespace
 
 StatusNotifierItem::StatusNotifierItem(QObject *parent) : QObject(parent)
@@ -61,9 +76,8 @@ bool StatusNotifierItem::connectToBus()
         return false;
     delete m_menu;
     m_menu = new DBusMenuExporter(m_connection, this);
-    if (!m_menu->isExported() ||
-        !m_connection.registerObject(QString::fromLatin1(objectPath), this,
-                                     QDBusConnection::ExportAdaptors)) {
+    if (!m_menu->isExported() || !m_connection.registerObject(QString::fromLatin1(objectPath), this,
+                                                              QDBusConnection::ExportAdaptors)) {
         m_connection.disconnectFromBus(connectionName);
         return false;
     }
@@ -71,19 +85,17 @@ bool StatusNotifierItem::connectToBus()
     m_connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                          QStringLiteral("org.freedesktop.DBus.Local"),
                          QStringLiteral("Disconnected"), this, SLOT(connectionLost()));
-    m_connection.connect(QString::fromLatin1(watcherService), watcherPath,
-                         QString::fromLatin1(watcherService),
+    m_connection.connect(watcher, watcherPath, watcher,
                          QStringLiteral("StatusNotifierItemRegistered"), this,
                          SLOT(onItemRegistered(QString)));
-    auto *watcher = new QDBusServiceWatcher(QString::fromLatin1(watcherService), m_connection,
-                                            QDBusServiceWatcher::WatchForOwnerChange, m_menu);
-    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
-            [this](const QString &, const QString &, const QString &owner) {
-                setWatcherPresent(!owner.isEmpty());
+    auto *owner = new QDBusServiceWatcher(watcher, m_connection,
+                                          QDBusServiceWatcher::WatchForOwnerChange, m_menu);
+    connect(owner, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString &, const QString &, const QString &now) {
+                setWatcherPresent(!now.isEmpty());
             });
     m_reconnects = 0;
-    setWatcherPresent(
-        m_connection.interface()->isServiceRegistered(QString::fromLatin1(watcherService)));
+    setWatcherPresent(m_connection.interface()->isServiceRegistered(watcher));
     return true;
 }
 
@@ -115,43 +127,36 @@ void StatusNotifierItem::setWatcherPresent(bool present)
 void StatusNotifierItem::registerWithWatcher()
 {
     ++m_attempts;
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QString::fromLatin1(watcherService), watcherPath, QString::fromLatin1(watcherService),
-        QStringLiteral("RegisterStatusNotifierItem"));
-    call << m_connection.baseService();
-    auto *pending = new QDBusPendingCallWatcher(m_connection.asyncCall(call), this);
-    connect(pending, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *w) {
-        w->deleteLater();
-        if (w->isError() && m_attempts == 1)
-            LOG_WARNING(QStringLiteral("the StatusNotifierWatcher refused the status item: %1")
-                            .arg(w->error().message()));
-        // Watchers take their time to look at a new item before they list it.
-        if (!m_listed)
-            m_confirm.start(500 << m_attempts);
-    });
+    callWatcher(this, m_connection, watcher, QStringLiteral("RegisterStatusNotifierItem"),
+                {m_connection.baseService()}, [this](const QDBusPendingCallWatcher &reply) {
+                    if (reply.isError() && m_attempts == 1)
+                        LOG_WARNING(QStringLiteral("the StatusNotifierWatcher refused the status "
+                                                   "item: %1")
+                                        .arg(reply.error().message()));
+                    // Watchers take their time to look at a new item before they list it.
+                    if (!m_listed)
+                        m_confirm.start(500 << m_attempts);
+                });
 }
 
 void StatusNotifierItem::checkListed()
 {
-    QDBusMessage get = QDBusMessage::createMethodCall(
-        QString::fromLatin1(watcherService), watcherPath,
-        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    get << QString::fromLatin1(watcherService) << QStringLiteral("RegisteredStatusNotifierItems");
-    auto *pending = new QDBusPendingCallWatcher(m_connection.asyncCall(get), this);
-    connect(pending, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *w) {
-        w->deleteLater();
-        const QDBusPendingReply<QDBusVariant> reply = *w;
-        for (const QString &item : reply.value().variant().toStringList())
-            onItemRegistered(item);
-        if (m_listed || !m_watcherPresent)
-            return;
-        if (m_attempts < registrationAttempts)
-            registerWithWatcher();
-        else if (m_attempts++ == registrationAttempts)
-            LOG_WARNING(QStringLiteral("the StatusNotifierWatcher does not list the status item "
-                                       "after %1 registrations: no item in the panel")
-                            .arg(registrationAttempts));
-    });
+    callWatcher(this, m_connection, QStringLiteral("org.freedesktop.DBus.Properties"),
+                QStringLiteral("Get"), {watcher, QStringLiteral("RegisteredStatusNotifierItems")},
+                [this](const QDBusPendingCallWatcher &reply) {
+                    for (const QString &item :
+                         QDBusPendingReply<QDBusVariant>(reply).value().variant().toStringList())
+                        onItemRegistered(item);
+                    if (m_listed || !m_watcherPresent)
+                        return;
+                    if (m_attempts < registrationAttempts)
+                        registerWithWatcher();
+                    else if (m_attempts++ == registrationAttempts)
+                        LOG_WARNING(QStringLiteral("the StatusNotifierWatcher does not list the "
+                                                   "status item after %1 registrations: no item "
+                                                   "in the panel")
+                                        .arg(registrationAttempts));
+                });
 }
 
 void StatusNotifierItem::onItemRegistered(const QString &item)
@@ -168,17 +173,15 @@ void StatusNotifierItem::onItemRegistered(const QString &item)
 DBusImageList StatusNotifierItem::emblemPixmaps()
 {
     // "<size>.argb", as make_tray_images wrote them.
-    QMap<int, QByteArray> bySize;
+    QMap<int, DBusImage> bySize;
     const QDir folder(QStringLiteral(":/narv/tray/emblem"));
     for (const QString &name : folder.entryList(QDir::Files)) {
         QFile file(folder.filePath(name));
         const int size = QStringView(name).chopped(5).toInt();
         if (size > 0 && file.open(QIODevice::ReadOnly) && file.size() == qint64(size) * size * 4)
-            bySize.insert(size, file.readAll());
+            bySize.insert(size, {size, size, file.readAll()});
     }
-    DBusImageList images;
-    for (auto it = bySize.cbegin(); it != bySize.cend(); ++it)
-        images.append({it.key(), it.key(), it.value()});
+    const DBusImageList images = bySize.values();
     if (images.isEmpty())
         LOG_WARNING(QStringLiteral("the status item's emblem is missing from the program: "
                                    "panels show it blank"));

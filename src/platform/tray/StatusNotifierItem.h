@@ -10,22 +10,18 @@
 #include <QPointer>
 #include <QTimer>
 
-
-
 // Narv's item in the panel: an org.kde.StatusNotifierItem at
-// /StatusNotifierItem, with its menu (DBusMenuExporter) at /MenuBar, on a
-// session bus connection of its own, exported through the adaptors generated
-// from org.kde.StatusNotifierItem.xml and com.canonical.dbusmenu.xml. The
+// /StatusNotifierItem (adaptor generated from org.kde.StatusNotifierItem.xml)
+// and its menu at /MenuBar, on a session bus connection of their own. The
 // title (the remaining time) is the Ayatana label beside the icon; the
 // tooltip says when the next break comes (StatusBarController::toolTip()).
 //
-// It registers with org.kde.StatusNotifierWatcher under the connection's
-// unique name whenever a watcher appears (at login the panel often starts
-// after us, and a restarted panel forgets its items), and registers again,
-// with growing pauses, until the watcher lists it: some watchers drop a
-// registration now and then. The name org.kde.StatusNotifierItem-<pid>-1 is
-// held as well, for those who look the item up by it. A lost bus connection
-// is made again, and the item exported anew, as soon as a bus is there.
+// It registers with the StatusNotifierWatcher under the connection's unique
+// name whenever a watcher appears (a restarted panel forgets its items), and
+// again, with growing pauses, until the watcher lists it: some drop a
+// registration now and then. It also holds org.kde.StatusNotifierItem-<pid>-1
+// for those who look it up by name. A lost connection is made again, and
+// the item exported anew, as soon as a bus is there.
 class StatusNotifierItem : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_PROPERTY(QString Category READ category CONSTANT)
@@ -56,12 +52,7 @@ public:
     explicit StatusNotifierItem(QObject *parent = nullptr);
     ~StatusNotifierItem() override;
 
-    bool isConnected() const { return m_connection.isConnected(); }
-    // Whether a StatusNotifierWatcher is on the bus right now.
     bool watcherPresent() const { return m_watcherPresent; }
-    // The watcher lists the item.
-    bool isListed() const { return m_listed; }
-    QDBusConnection connection() const { return m_connection; }
     DBusMenuExporter *menuExporter() const { return m_menu; }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
@@ -71,7 +62,7 @@ public:
     int windowId() const { return 0; }
     QString iconName() const { return m_iconName; }
     DBusImageList iconPixmap() const { return m_pixmaps; }
-    // The emblem in the sizes the build drew it (make_tray_images), smallest first.
+    // The emblem in the sizes make_tray_images drew, smallest first.
     static DBusImageList emblemPixmaps();
     DBusToolTip toolTip() const;
     bool itemIsMenu() const { return true; }
@@ -83,14 +74,13 @@ public:
     QString emptyText() const { return {}; }
     DBusImageList noImages() const { return {}; }
 
-    // The text beside the icon; empty shows the icon alone.
+    // The text beside the icon (empty: the icon alone), and the tooltip's.
     void setLabel(const QString &label);
-    // The tooltip's text under the name.
     void setToolTip(const QString &text);
 
-    // The protocol's methods, called through the adaptor. The item is a menu
-    // and has no window: Activate is refused, which makes hosts that call it
-    // on a left click (Plasma) open the menu instead.
+    // Called through the adaptor. The item is a menu without a window:
+    // Activate is refused, so hosts that call it on a left click (Plasma)
+    // open the menu instead.
     void ContextMenu(int, int) {}
     void Activate(int x, int y);
     void SecondaryActivate(int, int) {}

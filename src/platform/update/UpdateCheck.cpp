@@ -37,7 +37,8 @@ int UpdateCheck::runFetch(int &argc, char **argv)
     leaveOutHelloRecord();
     QCoreApplication app(argc, argv);
     using Create = FeedFetcher *(*)();
-    const Module::Entry found = Module::resolve(UpdateModule::fetchModule, UpdateModule::fetchEntry);
+    const Module::Entry found =
+        Module::resolve(UpdateModule::fetchModule, UpdateModule::fetchEntry);
     if (!found.function) {
         std::fprintf(stderr, "cannot load the update check (%s)\n", qPrintable(found.error));
         return 1;
