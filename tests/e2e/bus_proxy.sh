@@ -61,7 +61,11 @@ menu_click x-narv-tag "int32 2$"
 wait_for 5 logged " : ticktack timer start 1500$" 2 || fail "a second click did not start work again"
 ok "behind the proxy: the item answers, its label counts down, its menu works"
 
-# The proxy goes (the connection breaks) and comes back.
+# The proxy goes (the connection breaks) while Narv is paused, so no label is
+# being sent, and comes back; the item is back, and work starts from its menu.
+stops=$(count " : ticktack timer stoped")
+menu_click x-narv-tag "int32 2$"
+wait_for 5 logged " : ticktack timer stoped" $((stops + 1)) || fail "the menu did not pause"
 kill "$proxy"
 wait "$proxy" 2>/dev/null || true
 wait_for 10 logged " : lost the session bus: the status item comes back when it is there again$" ||
@@ -69,11 +73,13 @@ wait_for 10 logged " : lost the session bus: the status item comes back when it 
 start_proxy
 wait_for 40 logged " : the status item is back on the session bus$" || fail "the item did not come back"
 wait_for 10 registered 2 || fail "the item did not register again"
+menu_click x-narv-tag "int32 2$" || fail "no menu after the bus came back"
+wait_for 5 logged " : ticktack timer start 1500$" 3 || fail "the menu did not start work again"
 label=$(item_property XAyatanaLabel)
 wait_for 5 changed || fail "the label does not count down after the bus came back"
 [[ $(count "lost the session bus") -eq 1 && $(count "back on the session bus") -eq 1 ]] ||
     fail "the bus's going and coming are not said once each"
-ok "a broken connection: said once, the item comes back and registers again"
+ok "a broken connection while paused: said once, the item comes back and registers again"
 
 narv_stop
 echo "e2e bus proxy: $passed passed, 0 failed"
