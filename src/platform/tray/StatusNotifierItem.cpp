@@ -58,9 +58,17 @@ StatusNotifierItem::StatusNotifierItem(QObject *parent) : QObject(parent)
         // 1, 2, 4 ... up to 32 seconds between tries.
         m_reconnect.start(1000 << qMin(++m_reconnects, 5));
     });
-    if (!connectToBus())
-        LOG_WARNING(QStringLiteral("could not put the status item on the session bus: %1")
-                        .arg(m_connection.lastError().message()));
+}
+
+void StatusNotifierItem::start()
+{
+    if (connectToBus())
+        return;
+    LOG_WARNING(QStringLiteral("no session bus (%1): the status item can only be a classic "
+                               "tray icon")
+                    .arg(m_connection.lastError().message()));
+    setWatcherPresent(false);
+    m_reconnect.start(1000); // a bus may come later
 }
 
 StatusNotifierItem::~StatusNotifierItem()
@@ -81,7 +89,15 @@ bool StatusNotifierItem::connectToBus()
         m_connection.disconnectFromBus(connectionName);
         return false;
     }
-    m_connection.registerService(m_serviceName);
+    // The watcher hears of the item first; its answer says whether there is
+    // one, and nothing else here waits for an answer.
+    m_listed = false;
+    m_attempts = 0;
+    registerWithWatcher();
+    QDBusMessage name = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
+    m_connection.send(name << m_serviceName << 4u); // DBUS_NAME_FLAG_DO_NOT_QUEUE
     m_connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                          QStringLiteral("org.freedesktop.DBus.Local"),
                          QStringLiteral("Disconnected"), this, SLOT(connectionLost()));
@@ -92,10 +108,14 @@ bool StatusNotifierItem::connectToBus()
                                           QDBusServiceWatcher::WatchForOwnerChange, m_menu);
     connect(owner, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &now) {
+                m_listed = false;
+                m_attempts = 0;
+                m_confirm.stop();
+                if (!now.isEmpty())
+                    registerWithWatcher();
                 setWatcherPresent(!now.isEmpty());
             });
     m_reconnects = 0;
-    setWatcherPresent(m_connection.interface()->isServiceRegistered(watcher));
     return true;
 }
 
@@ -111,16 +131,14 @@ void StatusNotifierItem::connectionLost()
 
 void StatusNotifierItem::setWatcherPresent(bool present)
 {
-    m_listed = false;
-    m_attempts = 0;
-    m_confirm.stop();
-    if (present)
-        registerWithWatcher();
-    if (present == m_watcherPresent)
-        return;
-    m_watcherPresent = present;
     if (!present)
+        m_confirm.stop();
+    if (present == m_watcherPresent && m_watcherKnown)
+        return;
+    if (!present && m_watcherPresent)
         LOG_INFO(QStringLiteral("the StatusNotifierWatcher went away"));
+    m_watcherPresent = present;
+    m_watcherKnown = true;
     Q_EMIT watcherChanged(present);
 }
 
@@ -129,7 +147,14 @@ void StatusNotifierItem::registerWithWatcher()
     ++m_attempts;
     callWatcher(this, m_connection, watcher, QStringLiteral("RegisterStatusNotifierItem"),
                 {m_connection.baseService()}, [this](const QDBusPendingCallWatcher &reply) {
-                    if (reply.isError() && m_attempts == 1)
+                    const QDBusError::ErrorType error =
+                        reply.isError() ? reply.error().type() : QDBusError::NoError;
+                    if (error == QDBusError::ServiceUnknown)
+                        return setWatcherPresent(false);
+                    if (error == QDBusError::Disconnected || error == QDBusError::NoReply)
+                        return;
+                    setWatcherPresent(true);
+                    if (error != QDBusError::NoError && m_attempts == 1)
                         LOG_WARNING(QStringLiteral("the StatusNotifierWatcher refused the status "
                                                    "item: %1")
                                         .arg(reply.error().message()));
@@ -214,9 +239,14 @@ void StatusNotifierItem::setLabel(const QString &label)
     if (label == m_label)
         return;
     m_label = label;
-    if (!m_connection.isConnected())
-        return connectionLost();
-    Q_EMIT XAyatanaNewLabel(m_label, labelGuide());
+    // Every second while counting: straight onto the bus, without the
+    // adaptor's relay of a signal of ours; a send that fails means the
+    // connection has gone.
+    QDBusMessage signal = QDBusMessage::createSignal(QString::fromLatin1(objectPath),
+                                                     QString::fromLatin1(interfaceName),
+                                                     QStringLiteral("XAyatanaNewLabel"));
+    if (!m_connection.send(signal << m_label << labelGuide()))
+        connectionLost();
 }
 
 void StatusNotifierItem::setToolTip(const QString &text)

@@ -40,17 +40,20 @@ class StatusNotifierItem : public QObject, protected QDBusContext {
     Q_PROPERTY(DBusToolTip ToolTip READ toolTip NOTIFY NewToolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
     Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
-    Q_PROPERTY(QString XAyatanaLabel READ label NOTIFY XAyatanaNewLabel)
+    Q_PROPERTY(QString XAyatanaLabel READ label)
     Q_PROPERTY(QString XAyatanaLabelGuide READ labelGuide CONSTANT)
     Q_PROPERTY(uint XAyatanaOrderingIndex READ orderingIndex CONSTANT)
 public:
     static constexpr const char *objectPath = "/StatusNotifierItem";
+    static constexpr const char *interfaceName = "org.kde.StatusNotifierItem";
     static constexpr const char *watcherService = "org.kde.StatusNotifierWatcher";
     // Registrations before the item gives up on a watcher that does not list it.
     static constexpr int registrationAttempts = 5;
 
     explicit StatusNotifierItem(QObject *parent = nullptr);
     ~StatusNotifierItem() override;
+    // Connects and registers; watcherChanged() tells whether a watcher is there.
+    void start();
 
     bool watcherPresent() const { return m_watcherPresent; }
     DBusMenuExporter *menuExporter() const { return m_menu; }
@@ -95,9 +98,8 @@ Q_SIGNALS:
     void NewMenu();
     void NewToolTip();
     void NewStatus(const QString &status);
-    void XAyatanaNewLabel(const QString &label, const QString &guide);
 
-    // A watcher appeared (true) or went away (false).
+    // Whether a watcher is there: once it is known, then at each change.
     void watcherChanged(bool present);
 
 private Q_SLOTS:
@@ -118,6 +120,7 @@ private:
     QString m_label;
     QString m_toolTip;
     bool m_watcherPresent = false;
+    bool m_watcherKnown = false;
     bool m_listed = false;
     int m_attempts = 0;
     int m_reconnects = 0;

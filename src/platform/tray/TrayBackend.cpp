@@ -14,7 +14,7 @@ TrayBackend::TrayBackend()
     m_item = new StatusNotifierItem(QCoreApplication::instance());
     QObject::connect(m_item, &StatusNotifierItem::watcherChanged, m_item,
                      [this](bool present) { useFallback(!present); });
-    useFallback(!m_item->watcherPresent());
+    m_item->start();
 }
 
 TrayBackend::~TrayBackend()
