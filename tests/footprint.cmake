@@ -1,19 +1,6 @@
 # What keeps the program small: Qt Quick loaded only at the first window (the
-# real binary), the status item's bus connection on the main thread and the
-# interfaces it serves. (The log file's date without ICU on most days is in
+# real binary). (The log file's date without ICU on most days is in
 # tst_logging.)
-
-# The item and its menu against their checked-in interface files, over a
-# private session bus, in a QCoreApplication that links no QtGui.
-add_executable(tst_trayinterfaces statusbar/tst_trayinterfaces.cpp)
-target_include_directories(tst_trayinterfaces PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-target_link_libraries(tst_trayinterfaces PRIVATE narv_tray Qt6::Test)
-add_test(NAME tst_trayinterfaces COMMAND dbus-run-session -- $<TARGET_FILE:tst_trayinterfaces>)
-set_tests_properties(tst_trayinterfaces PROPERTIES TIMEOUT 60
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
-target_compile_definitions(tst_trayinterfaces PRIVATE
-    NARV_INTERFACES_DIR="${CMAKE_SOURCE_DIR}/src/platform/tray"
-    NARV_TRAY_LINKS="$<JOIN:$<TARGET_PROPERTY:narv_tray,LINK_LIBRARIES>, >")
 
 # The real binary on a private X server and bus: nothing of Qt Quick, QML,
 # QtWidgets, QtNetwork or fontconfig's font list in the process until the

@@ -39,3 +39,9 @@ if(NARV_UPDATE_CHECK)
     narv_add_gui_test(tst_update statusbar/tst_update.cpp)
     target_link_libraries(tst_update PRIVATE narv_updatefetch narv_updatewindow)
 endif()
+
+# The real binary with its session bus behind xdg-dbus-proxy's filter, as in
+# Flatpak: the item lives on, and comes back when the connection breaks.
+add_test(NAME e2e_bus_proxy COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/bus_proxy.sh $<TARGET_FILE:narv>
+    $<TARGET_FILE:narv_fakewatcher>)
+set_tests_properties(e2e_bus_proxy PROPERTIES TIMEOUT 120)

@@ -3,7 +3,6 @@
 #include "app/DelayedTask.h"
 #include "app/Localized.h"
 #include "app/RemoteCalls.h"
-#include "app/TickPath.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
@@ -95,7 +94,7 @@ PromptState *AppState::promptState()
     return state;
 }
 
-NARV_TICK_PATH TicktackState *AppState::workState()
+TicktackState *AppState::workState()
 {
     static TicktackState *state = new TicktackState;
     return state;

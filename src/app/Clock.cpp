@@ -1,10 +1,9 @@
 #include "app/Clock.h"
-#include "app/TickPath.h"
 
 #include <chrono>
 
 namespace {
-NARV_TICK_PATH std::function<QDateTime()> &source()
+std::function<QDateTime()> &source()
 {
     static std::function<QDateTime()> s;
     return s;
@@ -24,7 +23,7 @@ QDateTime Clock::now()
     return QDateTime::currentDateTime();
 }
 
-NARV_TICK_PATH qint64 Clock::nowMs()
+qint64 Clock::nowMs()
 {
     if (auto &s = source())
         return s().toMSecsSinceEpoch();

@@ -67,6 +67,8 @@ int QuilloApp::main(int argc, char **argv)
     QCoreApplication::setApplicationVersion(AppInfo::version());
     if (argc > 1 && qstrcmp(argv[1], ViewsModule::processOption) == 0)
         return ViewsModule::runProcess(argc, argv);
+    if (argc > 2 && qstrcmp(argv[1], UpdateCheck::fetchOption) == 0)
+        return UpdateCheck::runFetch(argc, argv);
     // `narv status`, `narv pause` ...: a client of the running Narv, which
     // neither logs nor counts.
     if (argc > 1)
@@ -86,20 +88,8 @@ int QuilloApp::main(int argc, char **argv)
     if (classicTray)
         application = ClassicTray::createApplication(argc, argv, &classicTrayError);
     const bool drawsWindows = application != nullptr;
-    if (!application) {
-        // Qt's own event dispatcher instead of GLib's: this process has no
-        // windows and no GTK, and the loop wakes every second for as long as
-        // it runs. A second with GLib's loop reads a dozen more pages of code
-        // and its scattered sources; measured side by side, 6 % of the
-        // tick's CPU time. The setting is taken back at once, so that the
-        // window process starts with the environment as it was.
-        const bool noGlibHere = qEnvironmentVariableIsEmpty("QT_NO_GLIB");
-        if (noGlibHere)
-            qputenv("QT_NO_GLIB", "1");
+    if (!application)
         application = std::make_unique<QCoreApplication>(argc, argv);
-        if (noGlibHere)
-            qunsetenv("QT_NO_GLIB");
-    }
     QCoreApplication &app = *application;
     quitOnSignals(app);
 

@@ -1,5 +1,4 @@
 #include "app/TickSource.h"
-#include "app/TickPath.h"
 
 #include <QTimerEvent>
 
@@ -10,10 +9,10 @@ void TimerTickSource::start()
     m_timer.start(1000, Qt::PreciseTimer, this);
 }
 
-NARV_TICK_PATH void TimerTickSource::timerEvent(QTimerEvent *event)
+void TimerTickSource::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() == m_timer.timerId())
-        deliver();
+        Q_EMIT tick();
     else
         TickSource::timerEvent(event);
 }
@@ -26,5 +25,5 @@ void TimerTickSource::stop()
 void ManualTickSource::advance(int n)
 {
     for (int i = 0; i < n && m_active; ++i)
-        deliver();
+        Q_EMIT tick();
 }

@@ -15,32 +15,11 @@ public:
     virtual bool isActive() const = 0;
     virtual double intervalSeconds() const { return 1.0; }
 
-    // What each tick runs: one function, given `context`, called straight
-    // rather than through a signal (a tick runs every second of the
-    // program's life, and a signal's delivery reads a handful of objects
-    // spread over the heap). Null for none.
-    using Listener = void (*)(void *context);
-    void setListener(Listener listener, void *context)
-    {
-        m_listener = listener;
-        m_context = context;
-    }
-
-protected:
-    void deliver()
-    {
-        if (m_listener)
-            m_listener(m_context);
-    }
-
-private:
-    Listener m_listener = nullptr;
-    void *m_context = nullptr;
+Q_SIGNALS:
+    void tick();
 };
 
-// A precise one-second timer of this object's own: its tick is delivered
-// straight from the timer event, without a QTimer and its timeout signal in
-// between.
+// A precise one-second timer of this object's own.
 class TimerTickSource : public TickSource {
     Q_OBJECT
 public:

@@ -3,7 +3,6 @@
 #include "app/AppState.h"
 #include "app/CycleEvents.h"
 #include "app/Log.h"
-#include "app/TickPath.h"
 #include "app/TickSource.h"
 #include "app/TicktackState.h"
 
@@ -16,14 +15,14 @@
 namespace {
 // Minutes and seconds as "%02d" writes them (0 to 59), without QString::arg:
 // this runs every second of the program's life.
-NARV_TICK_PATH void appendTwoDigits(QString &text, qint64 value)
+void appendTwoDigits(QString &text, qint64 value)
 {
     text.append(QChar(u'0' + int(value / 10)));
     text.append(QChar(u'0' + int(value % 10)));
 }
 } // namespace
 
-NARV_TICK_PATH QString timeString(qint64 seconds)
+QString timeString(qint64 seconds)
 {
     if (seconds <= 0)
         return QStringLiteral("00:00");
@@ -50,6 +49,7 @@ struct Countdown {
     qint64 seconds = 0;   // length it started with
     qint64 remaining = 0; // seconds, may go below zero after expiry
     QPointer<TicktackState> state;
+    QMetaObject::Connection connection;
     quint64 generation = 0; // tells a countdown from the one that replaced it
 };
 
@@ -60,15 +60,14 @@ struct Controller {
     quint64 generations = 0;
 };
 
-NARV_TICK_PATH Controller &controller()
+Controller &controller()
 {
     static Controller c;
     return c;
 }
 
-NARV_TICK_PATH void onTick(void *running)
+void onTick(Countdown *countdown)
 {
-    auto *countdown = static_cast<Countdown *>(running);
     if (countdown->remaining == std::numeric_limits<qint64>::min())
         qFatal("ticktack counter overflow");
     // Observers run inside the setters below and may replace (and delete) this
@@ -95,8 +94,7 @@ bool cancelRunning()
     auto &c = controller();
     if (!c.cancellable)
         return false;
-    if (c.timer)
-        c.timer->setListener(nullptr, nullptr);
+    QObject::disconnect(c.cancellable->connection);
     c.cancellable.reset();
     return true;
 }
@@ -150,7 +148,11 @@ void TicktackController::ticktack(qint64 seconds, TicktackState *state)
 
     auto &c = controller();
     TickSource *source = timer();
-    source->setListener(onTick, countdown.get());
+    if (c.cancellable)
+        QObject::disconnect(c.cancellable->connection);
+    Countdown *raw = countdown.get();
+    countdown->connection =
+        QObject::connect(source, &TickSource::tick, source, [raw] { onTick(raw); });
     c.cancellable = std::move(countdown);
     // Restarting the source gives the new countdown its first tick one second from now.
     source->start();
@@ -174,7 +176,7 @@ bool TicktackController::isRunning()
     return controller().cancellable != nullptr;
 }
 
-NARV_TICK_PATH qint64 TicktackController::remaining(const TicktackState *state)
+qint64 TicktackController::remaining(const TicktackState *state)
 {
     const auto &running = controller().cancellable;
     if (!running || !state || running->state != state)

@@ -1,7 +1,6 @@
 #include "app/TicktackState.h"
-#include "app/TickPath.h"
 
-NARV_TICK_PATH void TicktackState::setTimeString(const QString &value)
+void TicktackState::setTimeString(const QString &value)
 {
     m_timeString = value;
     Q_EMIT timeStringChanged();

@@ -6,7 +6,6 @@
 #include "app/AppState.h"
 #include "app/Clock.h"
 #include "app/Localized.h"
-#include "app/TickPath.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
@@ -14,7 +13,6 @@
 #include "statusbar/MenuAction.h"
 
 #include <QDateTime>
-#include <QLocale>
 #include <QObject>
 
 #include <cmath>
@@ -46,13 +44,13 @@ struct Item {
     WaterSource water;
 };
 
-NARV_TICK_PATH Item &state()
+Item &state()
 {
     static Item item;
     return item;
 }
 
-NARV_TICK_PATH void applyTitle(const QString &title)
+void applyTitle(const QString &title)
 {
     state().title = title;
     if (state().backend)
@@ -64,7 +62,7 @@ NARV_TICK_PATH void applyTitle(const QString &title)
 // (a restart, a pause, the machine waking from sleep) and not for the few
 // milliseconds a tick comes late. `remaining`: the work countdown's seconds
 // left, or -1 when none runs or no time is shown.
-NARV_TICK_PATH void updateToolTip(qint64 remaining)
+void updateToolTip(qint64 remaining)
 {
     Item &s = state();
     QString tip;
@@ -73,10 +71,9 @@ NARV_TICK_PATH void updateToolTip(qint64 remaining)
         if (s.toolTipDue >= 0 && std::abs(due - s.toolTipDue) < 1000)
             return;
         s.toolTipDue = due;
-        const QLocale locale;
+        // "HH:MM" whatever the locale: its short format has seconds in some.
         tip = NARV_TR("Next break at %1")
-                  .arg(locale.toString(QDateTime::fromMSecsSinceEpoch(due).time(),
-                                       QLocale::ShortFormat));
+                  .arg(QDateTime::fromMSecsSinceEpoch(due).time().toString(u"HH:mm"));
     } else {
         s.toolTipDue = -1;
         tip = s.title;
@@ -95,7 +92,7 @@ void updateToolTip()
 }
 
 // Runs for every assignment to the work countdown's timesUp or timeString.
-NARV_TICK_PATH void onCountdown()
+void onCountdown()
 {
     TicktackState *work = AppState::workState();
     QString title = work->timeString();

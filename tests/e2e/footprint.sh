@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # The real program on a private X server with two monitors and a private
 # session bus, with a StatusNotifierWatcher as most panels have: what it keeps
-# out of its memory until it needs it, and the event loop it waits in (Qt's
-# own, not GLib's, which its window process keeps). While it counts down, no Qt Quick, QML,
+# out of its memory until it needs it. While it counts down, no Qt Quick, QML,
 # QtWidgets, QtNetwork or module of its own is mapped into the process and
 # fontconfig has not read the font list; at the first break
 # the views module brings them, and the break windows appear on both
-# monitors; "Check for Updates..." loads the update module, which brings
-# QtNetwork and tells the outcome in its window. The status item is on a bus
+# monitors; "Check for Updates..." fetches the feed in a process of a moment,
+# so QtNetwork never comes into this one, and tells the outcome in its
+# window. The status item is on a bus
 # connection of its own (not the one that holds app.narv.Narv). When the
 # watcher goes away Narv says so once and goes on counting, and registers
 # again with the next one.
@@ -21,7 +21,7 @@ source "$here/common.sh"
 narv_on_xvfb_and_bus "$0" "$@"
 
 watcher=
-unset XDG_SESSION_TYPE QT_NO_GLIB
+unset XDG_SESSION_TYPE
 # Nothing here goes out to the network: a proxy that is not there.
 export http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 no_proxy=
 narv_scratch_home
@@ -43,12 +43,6 @@ for piece in libQt6Gui libQt6Quick libQt6Qml libQt6Widgets libQt6Network narv_vi
     ! mapped "$piece" || fail "$piece is in the process before any window"
 done
 ok "counting: no QtGui, Qt Quick, QML, QtWidgets, QtNetwork, module of its own or font list in the process"
-# Between two ticks the main thread sleeps in ppoll (Qt's own event
-# dispatcher), not in poll (GLib's main loop).
-in_ppoll() { [[ $(cut -d' ' -f1 "/proc/$pid/syscall") == 271 ]]; }
-wait_for 5 in_ppoll || fail "the main thread waits in syscall $(cut -d' ' -f1 "/proc/$pid/syscall"), not ppoll"
-ok "counting: the main loop is Qt's own"
-
 # A bus connection of the status item's own: the item's name and the
 # program's own name have different owners.
 owner_of() {
@@ -73,8 +67,6 @@ views=$(views_pid)
 [[ -n $views ]] || fail "no window process beside narv during the break"
 logged " : window process $views started$" || fail "the window process is not in the log"
 logged " : windows loaded from .*narv_views.so$" || fail "the windows did not come from the views module"
-! tr '\0' '\n' <"/proc/$views/environ" | grep -q '^QT_NO_GLIB=' ||
-    fail "the window process inherited the counting process's choice of event loop"
 for piece in libQt6Quick libQt6Qml narv_views.so; do
     pid=$views mapped "$piece" || fail "$piece is not in the window process during the break"
     ! mapped "$piece" || fail "$piece came into the counting process"
@@ -103,17 +95,21 @@ wait_for 5 logged " : the window process crashed$" || fail "the crash is not in 
 wait_for 5 logged " : ticktack timer start 120$" 2 || fail "work did not start again"
 ok "a window process killed during a break ends the break, and work goes on"
 
-# The update check from the menu: the module comes, the feed is asked for, and
-# whatever the outcome (this machine may have no network; a proxy that is not
-# there makes the failure quick) the window, from a module of its own, tells it.
+# The update check from the menu: the feed is asked for in a process of a
+# moment, and whatever the outcome (this machine may have no network; a proxy
+# that is not there makes the failure quick) the window, from a module of its
+# own, tells it. QtNetwork and the fetch module never come into this process.
 menu_click label '"Check for Updates..."' || fail "no update item in the menu"
 wait_for 10 logged " : checking for updates at " || fail "the menu did not start an update check"
-logged " : update check loaded from .*narv_update.so$" || fail "the check did not come from the update module"
-mapped libQt6Network || fail "QtNetwork is not in the process during the check"
 wait_for 40 shown "Software Update" || fail "no window tells the outcome of the check"
+logged " : update check failed: " || fail "the failed fetch is not in the log"
 [[ -n $(views_pid) ]] || fail "the update window is not in a window process"
 logged " : update window loaded from .*narv_updatewindow.so$" || fail "the window did not come from its module"
-ok "the update check loads its modules and tells its outcome"
+! pgrep -P "$pid" -f -- --fetch-update-feed >/dev/null || fail "the fetch's process stays"
+for piece in libQt6Network narv_update.so libssl libcrypto; do
+    ! mapped "$piece" || fail "$piece came into the counting process with the check"
+done
+ok "the update check fetches in a process of its own and tells its outcome"
 
 # The panel goes, and comes back: no classic icon meanwhile (this is no
 # QApplication), said once; the item registers with the new watcher.

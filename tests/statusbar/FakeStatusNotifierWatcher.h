@@ -2,7 +2,8 @@
 
 // A StatusNotifierWatcher as small as a panel's: it takes registrations and
 // remembers who made them, so a test can see the item register (and register
-// again when a watcher comes back).
+// again when a watcher comes back). Like GNOME's now and then, it can answer
+// a registration and drop it all the same.
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -39,14 +40,17 @@ public:
         m_connection.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
         m_connection.unregisterObject(QStringLiteral("/StatusNotifierWatcher"));
         m_running = false;
+        m_listed.clear();
     }
 
     // "service/path" of each registration, in order, repeats included.
     QStringList registrations() const { return m_registrations; }
+    // The next n registrations are answered and neither listed nor signalled.
+    void dropRegistrations(int n) { m_drop = n; }
     // The unique bus name of whoever made the last registration.
     QString lastSender() const { return m_lastSender; }
 
-    QStringList registeredItems() const { return m_registrations; }
+    QStringList registeredItems() const { return m_listed; }
     bool isHostRegistered() const { return true; }
     int protocolVersion() const { return 0; }
 
@@ -59,6 +63,10 @@ public Q_SLOTS:
                                  ? m_lastSender + serviceOrPath
                                  : serviceOrPath + QStringLiteral("/StatusNotifierItem");
         m_registrations.append(item);
+        if (m_drop > 0 && m_drop--)
+            return;
+        if (!m_listed.contains(item))
+            m_listed.append(item);
         Q_EMIT StatusNotifierItemRegistered(item);
     }
     Q_SCRIPTABLE void RegisterStatusNotifierHost(const QString &) {}
@@ -72,5 +80,7 @@ private:
     QDBusConnection m_connection;
     bool m_running = false;
     QStringList m_registrations;
+    QStringList m_listed;
+    int m_drop = 0;
     QString m_lastSender;
 };

@@ -1,6 +1,7 @@
 // A StatusNotifierWatcher for the end-to-end scripts: holds the watcher's
 // name on the session bus until it is stopped, and prints each registration
-// on a line of its own ("registered <service>/<path>").
+// on a line of its own ("registered <service>/<path>"). With
+// --drop-first, it drops the first registration, as GNOME's does now and then.
 
 #include "FakeStatusNotifierWatcher.h"
 
@@ -12,6 +13,8 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     FakeStatusNotifierWatcher watcher(QDBusConnection::sessionBus());
+    if (app.arguments().contains(QStringLiteral("--drop-first")))
+        watcher.dropRegistrations(1);
     if (!watcher.start()) {
         std::fprintf(stderr, "cannot take org.kde.StatusNotifierWatcher on the session bus\n");
         return 1;

@@ -8,6 +8,7 @@
 
 #include "DBusPlain.h"
 #include "FakeStatusNotifierWatcher.h"
+#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "DBusMenuExporter.h"
@@ -187,7 +188,7 @@ void TestTray::initTestCase()
     m_home.emplace();
     loadTranslations(QLocale(QLocale::English));
     m_panel = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("panel"));
-    registerDBusMenuTypes(); // the panel sends EventGroup with them
+    registerDBusTypes(); // the panel sends EventGroup with them
     QVERIFY(m_panel.isConnected());
     m_watcher = std::make_unique<FakeStatusNotifierWatcher>(m_panel);
 
@@ -221,21 +222,27 @@ void TestTray::cleanupTestCase()
 void TestTray::registersWhenAWatcherAppears()
 {
     // Without a watcher and without a system tray (offscreen) the item says so.
-    QFile log(Logger::logfilePath());
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    QVERIFY(log.readAll().contains("no StatusNotifierWatcher and no system tray"));
+    QTRY_COMPARE(LogTail::count("no StatusNotifierWatcher and no system tray"), 1);
     QVERIFY(m_watcher->registrations().isEmpty());
 
     QVERIFY(m_watcher->start());
-    const QString item = m_service + QStringLiteral("/StatusNotifierItem");
+    // Under the unique name of the connection that holds the item's name.
+    const QString owner = m_panel.interface()->serviceOwner(m_service).value();
+    const QString item = owner + QStringLiteral("/StatusNotifierItem");
     QTRY_COMPARE_WITH_TIMEOUT(m_watcher->registrations(), QStringList{item}, 10000);
-    // From the connection that holds the item's name.
-    QCOMPARE(m_watcher->lastSender(), m_panel.interface()->serviceOwner(m_service).value());
+    QCOMPARE(m_watcher->lastSender(), owner);
+    const QByteArray listed = "status item registered as " + owner.toUtf8();
+    QTRY_COMPARE(LogTail::count(listed), 1);
 
-    // A panel restart: the new watcher knows nothing, the item registers again.
+    // A panel restart: the new watcher knows nothing, the item registers
+    // again; this one drops the first registration, and the item registers
+    // once more when it does not see itself listed.
     m_watcher->stop();
+    m_watcher->dropRegistrations(1);
     QVERIFY(m_watcher->start());
-    QTRY_COMPARE_WITH_TIMEOUT(m_watcher->registrations(), (QStringList{item, item}), 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_watcher->registrations(), (QStringList{item, item, item}), 10000);
+    QCOMPARE(m_watcher->registeredItems(), QStringList{item});
+    QTRY_COMPARE(LogTail::count(listed), 2);
 }
 
 void TestTray::itemAsAPanelReadsIt()
@@ -263,6 +270,17 @@ void TestTray::itemAsAPanelReadsIt()
     QCOMPARE(toolTip.value(2).toString(), QStringLiteral("Narv"));
     QCOMPARE(toolTip.value(3).toString(), StatusBarController::toolTip());
     QVERIFY(toolTip.value(3).toString().startsWith(QLatin1String("Next break at ")));
+
+    // A left click: refused, so that hosts which ask for Activate (Plasma)
+    // open the menu; the activation token hosts offer first is taken.
+    const auto click = [this](const QString &method, const QVariantList &args) {
+        return call(m_service, QStringLiteral("/StatusNotifierItem"), sniInterface, method, args)
+            .type();
+    };
+    QCOMPARE(click(QStringLiteral("Activate"), {10, 10}), QDBusMessage::ErrorMessage);
+    QCOMPARE(click(QStringLiteral("ProvideXdgActivationToken"), {QStringLiteral("token")}),
+             QDBusMessage::ReplyMessage);
+    QCOMPARE(click(QStringLiteral("ContextMenu"), {10, 10}), QDBusMessage::ReplyMessage);
 }
 
 void TestTray::labelFollowsTheCountdown()

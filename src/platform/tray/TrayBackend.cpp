@@ -2,10 +2,8 @@
 
 #include "ClassicTray.h"
 #include "DBusMenuExporter.h"
-#include "MainLoopBus.h"
 #include "StatusNotifierItem.h"
 #include "app/Log.h"
-#include "app/TickPath.h"
 
 #include <QCoreApplication>
 
@@ -13,31 +11,16 @@
 
 TrayBackend::TrayBackend()
 {
-    QString error;
-    std::unique_ptr<MainLoopBus> bus = MainLoopBus::connectToSessionBus(&error);
-    if (bus) {
-        m_bus = bus.release();
-        m_bus->setParent(QCoreApplication::instance());
-        m_menu = new DBusMenuExporter(m_bus, m_bus);
-        m_item = new StatusNotifierItem(m_bus, m_bus);
-        if (m_item->isExported()) {
-            QObject::connect(m_item, &StatusNotifierItem::watcherChanged, m_item,
-                             [this](bool present) { useFallback(!present); });
-        }
-    } else {
-        LOG_WARNING(QStringLiteral("no session bus (%1): the status item can only be a classic "
-                                   "tray icon")
-                        .arg(error));
-    }
-    useFallback(!m_item || !m_item->isExported() || !m_item->watcherPresent());
+    m_item = new StatusNotifierItem(QCoreApplication::instance());
+    QObject::connect(m_item, &StatusNotifierItem::watcherChanged, m_item,
+                     [this](bool present) { useFallback(!present); });
+    m_item->start();
 }
 
 TrayBackend::~TrayBackend()
 {
     delete m_fallback;
     delete m_item;
-    delete m_menu;
-    delete m_bus;
 }
 
 void TrayBackend::install()
@@ -75,7 +58,7 @@ void TrayBackend::useFallback(bool use)
     m_fallback->show();
 }
 
-NARV_TICK_PATH void TrayBackend::setTitle(const QString &title)
+void TrayBackend::setTitle(const QString &title)
 {
     m_title = title;
     if (m_item)
@@ -100,16 +83,16 @@ void TrayBackend::setPauseItem(const QString &, const QString &)
 
 void TrayBackend::menuLayoutChanged()
 {
-    if (m_menu)
-        m_menu->layoutChanged();
+    if (m_item && m_item->menuExporter())
+        m_item->menuExporter()->layoutChanged();
     if (m_fallback)
         m_fallback->rebuildMenu();
 }
 
 void TrayBackend::menuItemChanged(int id)
 {
-    if (m_menu)
-        m_menu->itemChanged(id);
+    if (m_item && m_item->menuExporter())
+        m_item->menuExporter()->itemChanged(id);
     if (m_fallback)
         m_fallback->updateItem(id);
 }

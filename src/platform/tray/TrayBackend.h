@@ -2,7 +2,6 @@
 
 #include "ClassicTrayIcon.h"
 #include "DBusMenuExporter.h"
-#include "MainLoopBus.h"
 #include "StatusNotifierItem.h"
 #include "statusbar/StatusBarController.h"
 
@@ -32,18 +31,14 @@ public:
     void menuItemChanged(int id) override;
 
     StatusNotifierItem *statusNotifierItem() const { return m_item; }
-    DBusMenuExporter *menuExporter() const { return m_menu; }
     // The classic icon, when it is in use.
     ClassicTrayIcon *fallback() const { return m_fallback; }
 
 private:
     void useFallback(bool use);
 
-    // Owned by the application object (the item and the menu by the bus
-    // connection they live on), so that nothing outlives it at exit.
-    QPointer<MainLoopBus> m_bus;
+    // Owned by the application object, so that nothing outlives it at exit.
     QPointer<StatusNotifierItem> m_item;
-    QPointer<DBusMenuExporter> m_menu;
     QPointer<ClassicTrayIcon> m_fallback;
     QString m_title;
     bool m_saidNoItem = false; // the lack of any status item is in the log

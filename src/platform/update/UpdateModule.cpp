@@ -2,14 +2,6 @@
 
 #include "app/Module.h"
 
-std::unique_ptr<FeedFetcher> UpdateModule::createFetcher()
-{
-    using Create = FeedFetcher *(*)();
-    const auto create = reinterpret_cast<Create>(
-        Module::loadAndSay(fetchModule, fetchEntry, QStringLiteral("update check")));
-    return std::unique_ptr<FeedFetcher>(create ? create() : nullptr);
-}
-
 UpdatePresenter *UpdateModule::window()
 {
     using Get = UpdatePresenter *(*)();

@@ -8,9 +8,9 @@
 // What an update check needs beyond its schedule comes in two modules, each
 // loaded when first wanted, so that the counting process holds none of it
 // (see bench/findings.md):
-//  - narv_update fetches the feed (QtNetwork), at the first check: 300
-//    seconds after the very first start, else every 12 hours, or when the
-//    user asks;
+//  - narv_update fetches the feed (QtNetwork), at each check (300 seconds
+//    after the very first start, else every 12 hours, or when the user
+//    asks), in a process of a moment (UpdateCheck::runFetch);
 //  - narv_updatewindow tells the outcome (Qt Quick), when there is one to
 //    show: a newer release, or anything when the user asked.
 namespace UpdateModule {
@@ -21,7 +21,6 @@ inline constexpr const char *windowModule = "narv_updatewindow.so";
 // UpdatePresenter *(): the one update window, owned by the module.
 inline constexpr const char *windowEntry = "narv_update_window";
 
-// Null, said in the log once for each module, when the module cannot be loaded.
-std::unique_ptr<FeedFetcher> createFetcher();
+// Null, said in the log once, when the module cannot be loaded.
 UpdatePresenter *window();
 } // namespace UpdateModule

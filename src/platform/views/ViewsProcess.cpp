@@ -3,7 +3,6 @@
 #include "app/AppState.h"
 #include "app/Log.h"
 #include "app/RemoteCalls.h"
-#include "app/TickPath.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "platform/views/MessageChannel.h"
@@ -273,7 +272,7 @@ void ViewsProcess::onClosed()
     }
 }
 
-NARV_TICK_PATH void ViewsProcess::onWorkTick()
+void ViewsProcess::onWorkTick()
 {
     const qint64 left = TicktackController::remaining(AppState::workState());
     // A work period publishes its full length before it runs: look again

@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# The real program with its session bus behind xdg-dbus-proxy's filter, as
+# Flatpak runs it: it may talk to the StatusNotifierWatcher and own org.kde.*
+# names (and its own identifier, which Flatpak grants every app). The proxy
+# cuts a client whose messages break the protocol. Some seconds later the item
+# still answers a panel, its label still counts down, and its menu still
+# works; when the proxy goes and comes back, the item comes back by itself.
+#
+#   bus_proxy.sh <narv> <narv_fakewatcher>
+set -euo pipefail
+narv=$1
+fakewatcher=$2
+source "$(dirname "$0")/common.sh"
+narv_on_xvfb_and_bus "$0" "$@"
+command -v xdg-dbus-proxy >/dev/null || { echo "FAIL: xdg-dbus-proxy is not installed (scripts/install-deps)"; exit 1; }
+
+watcher=
+proxy=
+narv_scratch_home
+bus=$DBUS_SESSION_BUS_ADDRESS
+start_proxy() {
+    rm -f "$home/runtime/proxy-bus"
+    xdg-dbus-proxy "$bus" "$home/runtime/proxy-bus" --filter --talk=org.kde.StatusNotifierWatcher \
+        '--own=org.kde.*' --own=app.narv.Narv >>"$home/proxy.out" 2>&1 &
+    proxy=$!
+    for _ in $(seq 1 50); do
+        [[ -S $home/runtime/proxy-bus ]] && return 0
+        sleep 0.1
+    done
+    echo "FAIL: the proxy did not come up"
+    exit 1
+}
+start_watcher
+start_proxy
+DBUS_SESSION_BUS_ADDRESS=unix:path=$home/runtime/proxy-bus narv_start <<'CONF'
+[General]
+pref.work.time=25
+CONF
+trap '[[ -n $pid ]] && kill "$pid" 2>/dev/null; kill "$watcher" "$proxy" 2>/dev/null; rm -rf "$home"' EXIT
+fail_context() { echo "--- proxy"; cat "$home/proxy.out"; echo "--- watcher"; cat "$home/watcher.out"; }
+
+registrations() { grep -c "^registered " "$home/watcher.out" || true; }
+registered() { [[ $(registrations) -ge ${1:-1} ]]; }
+wait_for 10 registered || fail "the item did not register through the proxy"
+wait_for 5 logged " : status item registered as :" || fail "the watcher's listing is not in the log"
+
+# Six changes of the label, a second apart: more than five seconds of ticks.
+label=$(item_property XAyatanaLabel)
+changed() { local now; now=$(item_property XAyatanaLabel); [[ -n $now && $now != "$label" ]] && label=$now; }
+for _ in 1 2 3 4 5 6; do
+    wait_for 5 changed || fail "the label stopped at '$label'"
+done
+[[ $label =~ ^2[0-4]:[0-5][0-9]$ ]] || fail "the label is '$label', not a countdown from 25:00"
+kill -0 "$proxy" || fail "the proxy ended"
+! grep -qi "invalid\|disconnect" "$home/proxy.out" || fail "the proxy complained"
+[[ $(item_property Id) == app.narv.Narv ]] || fail "the item does not answer"
+menu_call GetLayout int32:0 int32:-1 array:string: | grep -q '"Quit"' || fail "no layout from the menu"
+menu_click x-narv-tag "int32 2$" || fail "no start/stop item in the menu"
+wait_for 5 logged " : ticktack timer stoped" || fail "a click on the menu did not stop the work"
+menu_click x-narv-tag "int32 2$"
+wait_for 5 logged " : ticktack timer start 1500$" 2 || fail "a second click did not start work again"
+ok "behind the proxy: the item answers, its label counts down, its menu works"
+
+# The proxy goes (the connection breaks) while Narv is paused, so no label is
+# being sent, and comes back; the item is back, and work starts from its menu.
+stops=$(count " : ticktack timer stoped")
+menu_click x-narv-tag "int32 2$"
+wait_for 5 logged " : ticktack timer stoped" $((stops + 1)) || fail "the menu did not pause"
+kill "$proxy"
+wait "$proxy" 2>/dev/null || true
+wait_for 10 logged " : lost the session bus: the status item comes back when it is there again$" ||
+    fail "the lost bus is not in the log"
+start_proxy
+wait_for 40 logged " : the status item is back on the session bus$" || fail "the item did not come back"
+wait_for 10 registered 2 || fail "the item did not register again"
+menu_click x-narv-tag "int32 2$" || fail "no menu after the bus came back"
+wait_for 5 logged " : ticktack timer start 1500$" 3 || fail "the menu did not start work again"
+label=$(item_property XAyatanaLabel)
+wait_for 5 changed || fail "the label does not count down after the bus came back"
+[[ $(count "lost the session bus") -eq 1 && $(count "back on the session bus") -eq 1 ]] ||
+    fail "the bus's going and coming are not said once each"
+ok "a broken connection while paused: said once, the item comes back and registers again"
+
+narv_stop
+echo "e2e bus proxy: $passed passed, 0 failed"
