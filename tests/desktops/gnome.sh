@@ -14,7 +14,7 @@ cat >"$WORK/system-bus.conf" <<EOF
   <type>system</type>
   <listen>unix:dir=$WORK</listen>
   <auth>EXTERNAL</auth>
-  <policy context="default"><allow send_destination="*"/><allow own="*"/></policy>
+  <policy context="default"><allow user="*"/><allow send_destination="*"/><allow own="*"/></policy>
 </busconfig>
 EOF
 dbus-daemon --config-file="$WORK/system-bus.conf" --print-address=3 --print-pid=4 --fork \

@@ -50,7 +50,7 @@ def walk(node, output):
         print("|".join(str(v) for v in (node.get("app_id"), name, output,
               "%d %d %d %d" % (r["x"], r["y"], r["width"], r["height"]),
               str(node.get("fullscreen_mode") == 1).lower(), str(node.get("focused")).lower(),
-              int(bool(node.get("visible")))))))
+              int(bool(node.get("visible"))))))
     for child in node.get("nodes", []) + node.get("floating_nodes", []):
         walk(child, output)
 walk(json.load(sys.stdin), None)'
