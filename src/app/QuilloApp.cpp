@@ -118,8 +118,11 @@ int QuilloApp::main(int argc, char **argv)
             QStringLiteral("Narv is already running but does not answer; not starting twice"));
         return 1;
     }
-    QObject::connect(&instance, &SingleInstance::activated, &app,
-                     [] { WindowController::showPrefView(); });
+    // Queued: the second start gets its answer before the settings window
+    // is made, which on a busy machine takes longer than it waits.
+    QObject::connect(
+        &instance, &SingleInstance::activated, &app, [] { WindowController::showPrefView(); },
+        Qt::QueuedConnection);
 
     // The desktop parts plug into the core here, before start-up runs.
     // [windows]
