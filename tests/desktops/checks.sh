@@ -1,6 +1,11 @@
 # Sourced by tests/desktops/run inside a shell's session: $build is the build
 # folder, $WORK a scratch folder of the session's user.
 
+# The end-to-end tests' helpers, the status menu's (menu_call, menu_find,
+# menu_click) among them; the functions of the same name below are this
+# script's own and replace theirs.
+source "$here/../e2e/common.sh"
+
 failed=0
 mkdir -p "$WORK/shots" "$WORK/runtime"
 chmod 700 "$WORK/runtime"
@@ -46,24 +51,6 @@ narv_alive() { kill -0 "$pid" 2>/dev/null; }
 views_pid() { pgrep -P "$pid" -f -- "--views" | head -1; }
 no_crash() { ! logged "the window process crashed" && narv_alive; }
 
-# The status menu over dbusmenu, as the shell's tray reads it.
-menu_call() {
-    local method=$1
-    shift
-    dbus-send --session --print-reply --dest="$item" /MenuBar "com.canonical.dbusmenu.$method" "$@" 2>/dev/null
-}
-menu_find() {
-    local id
-    for id in $(seq 1 20); do
-        menu_call GetProperty "int32:$id" "string:$1" | grep -q -- "$2" && echo "$id" && return 0
-    done
-    return 1
-}
-menu_click() {
-    local id
-    id=$(menu_find "$1" "$2") || return 1
-    menu_call Event "int32:$id" string:clicked variant:int32:0 uint32:0 >/dev/null
-}
 # The items the StatusNotifierWatcher holds.
 registered_items() {
     dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher /StatusNotifierWatcher \
