@@ -3,7 +3,6 @@
 #include "app/AppInfo.h"
 
 #include <QApplication>
-#include <QSystemTrayIcon>
 
 // The module's entry points, looked up by name once it is loaded. The module
 // resolves the core's symbols against the program (which exports them), so
@@ -22,7 +21,5 @@ extern "C" Q_DECL_EXPORT QCoreApplication *narv_classictray_create_application(i
 
 extern "C" Q_DECL_EXPORT ClassicTrayIcon *narv_classictray_create_icon(QObject *parent)
 {
-    if (!TrayIconFallback::isAvailable())
-        return nullptr;
-    return new TrayIconFallback(parent);
+    return QSystemTrayIcon::isSystemTrayAvailable() ? new TrayIconFallback(parent) : nullptr;
 }

@@ -12,9 +12,7 @@ class ClassicTrayIcon : public QObject {
 public:
     using QObject::QObject;
 
-    virtual void show() = 0;
-    virtual void hide() = 0;
-    virtual bool isVisible() const = 0;
+    virtual void setVisible(bool visible) = 0;
     virtual void setTitle(const QString &title) = 0;
     // Builds the menu anew (after insertions or removals).
     virtual void rebuildMenu() = 0;

@@ -1,24 +1,18 @@
 #include "DBusMenuExporter.h"
 
-#include "MenuIcons.h"
+#include "IconTheme.h"
 #include "app/Log.h"
 #include "dbusmenuadaptor.h"
 #include "statusbar/StatusBarController.h"
 
+#include <QFile>
 #include <QLocale>
 
 using StatusBarController::MenuItem;
 
-DBusMenuExporter::DBusMenuExporter(const QDBusConnection &connection, QObject *parent)
-    : QObject(parent)
+DBusMenuExporter::DBusMenuExporter(QObject *parent) : QObject(parent)
 {
     new DbusmenuAdaptor(this);
-    QDBusConnection bus = connection;
-    m_exported =
-        bus.registerObject(QString::fromLatin1(objectPath), this, QDBusConnection::ExportAdaptors);
-    if (!m_exported)
-        LOG_WARNING(QStringLiteral("could not export the status menu at %1")
-                        .arg(QString::fromLatin1(objectPath)));
 }
 
 QVariantMap DBusMenuExporter::properties(const MenuItem &item)
@@ -32,10 +26,13 @@ QVariantMap DBusMenuExporter::properties(const MenuItem &item)
     if (!item.image.isEmpty()) {
         // The symbol name stays as the accessible name, as the image's description.
         map.insert(QStringLiteral("accessible-desc"), item.image);
-        if (MenuIcons::themeHas(item.image))
-            map.insert(QStringLiteral("icon-name"), MenuIcons::themeName(item.image));
-        else if (const QByteArray png = MenuIcons::bundledPng(item.image); !png.isEmpty())
-            map.insert(QStringLiteral("icon-data"), png);
+        // The theme's icon, else our own drawing (make_tray_images).
+        const QString name = IconTheme::symbolName(item.image);
+        QFile png(QStringLiteral(":/narv/tray/menu/%1.png").arg(item.image));
+        if (IconTheme::current().has(name))
+            map.insert(QStringLiteral("icon-name"), name);
+        else if (png.open(QIODevice::ReadOnly))
+            map.insert(QStringLiteral("icon-data"), png.readAll());
     }
     if (!item.keyEquivalent.isEmpty()) {
         // Key names as the panels' toolkits spell them.

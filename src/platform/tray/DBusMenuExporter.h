@@ -2,7 +2,6 @@
 
 #include "DBusTypes.h"
 
-#include <QDBusConnection>
 #include <QObject>
 
 namespace StatusBarController {
@@ -23,9 +22,8 @@ class DBusMenuExporter : public QObject {
 public:
     static constexpr const char *objectPath = "/MenuBar";
 
-    explicit DBusMenuExporter(const QDBusConnection &connection, QObject *parent = nullptr);
+    explicit DBusMenuExporter(QObject *parent = nullptr);
 
-    bool isExported() const { return m_exported; }
     // The properties a panel gets for the item: label (with "_" doubled, as
     // the protocol reads one "_" as a mnemonic), enabled, icon (a name from
     // the icon theme, else our own PNG), shortcut, and the tag as "x-narv-tag".
@@ -52,7 +50,6 @@ public:
     QDBusVariant GetProperty(int id, const QString &name);
 
 Q_SIGNALS:
-    void ItemActivationRequested(int id, uint timestamp);
     void ItemsPropertiesUpdated(const DBusMenuItemList &updatedProps,
                                 const DBusMenuItemKeysList &removedProps);
     void LayoutUpdated(uint revision, int parent);
@@ -60,6 +57,5 @@ Q_SIGNALS:
 private:
     QVariantMap propertiesOf(int id, const QStringList &names) const;
 
-    bool m_exported = false;
     uint m_revision = 1;
 };

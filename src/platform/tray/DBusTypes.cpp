@@ -43,8 +43,7 @@ void registerDBusTypes()
         qDBusRegisterMetaType<DBusMenuEvent>();
         qDBusRegisterMetaType<DBusMenuEventList>();
         qDBusRegisterMetaType<DBusMenuShortcut>();
-        qDBusRegisterMetaType<QList<int>>();
-        // The adaptors read properties and relay signals by these names.
+        // The adaptors relay signals and take arguments by these names.
         qRegisterMetaType<DBusImageList>("DBusImageList");
         qRegisterMetaType<DBusToolTip>("DBusToolTip");
         qRegisterMetaType<DBusMenuItemList>("DBusMenuItemList");

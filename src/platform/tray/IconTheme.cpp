@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStandardPaths>
 
 namespace {
@@ -33,39 +34,28 @@ QHash<QString, QString> iniGroup(const QString &path, const QString &group)
     return values;
 }
 
-// The key's value in the first of the files that sets it, without the quotes
-// some settings tools put around it; empty when none does.
-QString firstValue(const QStringList &paths, const QString &group, const QString &key)
+// The key's value in the first configuration folder (the user's first)
+// whose file of one of these names sets it, without the quotes some settings
+// tools put around it; empty when none does.
+QString configValue(const QStringList &names, const QString &group, const QString &key)
 {
-    for (const QString &path : paths) {
-        QString value = iniGroup(path, group).value(key);
-        if (value.size() >= 2 && value.startsWith(u'"') && value.endsWith(u'"'))
-            value = value.mid(1, value.size() - 2);
-        if (!value.isEmpty())
-            return value;
+    for (const QString &folder :
+         QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation)) {
+        for (const QString &name : names) {
+            QString value = iniGroup(folder + u'/' + name, group).value(key);
+            if (value.size() >= 2 && value.startsWith(u'"') && value.endsWith(u'"'))
+                value = value.mid(1, value.size() - 2);
+            if (!value.isEmpty())
+                return value;
+        }
     }
     return {};
 }
 
-// `name` in each configuration folder, the user's first.
-QStringList inConfigFolders(const QStringList &names)
-{
-    QStringList paths;
-    for (const QString &folder :
-         QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation)) {
-        for (const QString &name : names)
-            paths.append(folder + u'/' + name);
-    }
-    return paths;
-}
-
 QStringList commaList(const QString &value)
 {
-    QStringList items = value.split(u',', Qt::SkipEmptyParts);
-    for (QString &item : items)
-        item = item.trimmed();
-    items.removeAll(QString());
-    return items;
+    static const QRegularExpression comma(QStringLiteral("\\s*,\\s*"));
+    return value.trimmed().split(comma, Qt::SkipEmptyParts);
 }
 } // namespace
 
@@ -89,16 +79,15 @@ QString IconTheme::sessionThemeName()
     const QStringList desktops =
         qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':', Qt::SkipEmptyParts);
     if (desktops.contains(QLatin1String("KDE"), Qt::CaseInsensitive)) {
-        const QString theme = firstValue(inConfigFolders({QStringLiteral("kdeglobals")}),
-                                         QStringLiteral("Icons"), QStringLiteral("Theme"));
+        const QString theme = configValue({QStringLiteral("kdeglobals")}, QStringLiteral("Icons"),
+                                          QStringLiteral("Theme"));
         return theme.isEmpty() ? QStringLiteral("breeze") : theme;
     }
     // GNOME keeps its choice in dconf, which only GTK itself reads; what the
     // settings tools also write into settings.ini is the best we can see.
-    const QString theme =
-        firstValue(inConfigFolders({QStringLiteral("gtk-3.0/settings.ini"),
-                                    QStringLiteral("gtk-4.0/settings.ini")}),
-                   QStringLiteral("Settings"), QStringLiteral("gtk-icon-theme-name"));
+    const QString theme = configValue(
+        {QStringLiteral("gtk-3.0/settings.ini"), QStringLiteral("gtk-4.0/settings.ini")},
+        QStringLiteral("Settings"), QStringLiteral("gtk-icon-theme-name"));
     return theme.isEmpty() ? QStringLiteral("Adwaita") : theme;
 }
 
@@ -111,6 +100,21 @@ QStringList IconTheme::sessionBaseFolders()
     folders.append(QStringLiteral("/usr/share/pixmaps"));
     folders.removeDuplicates();
     return folders;
+}
+
+QString IconTheme::symbolName(const QString &symbol)
+{
+    // The freedesktop icon names have no drop: ours is always used.
+    static const QHash<QString, QString> names = {
+        {QStringLiteral("stop.circle"), QStringLiteral("media-playback-stop")},
+        {QStringLiteral("play.circle"), QStringLiteral("media-playback-start")},
+        {QStringLiteral("gearshape.circle"), QStringLiteral("preferences-system")},
+        {QStringLiteral("arrow.counterclockwise.icloud"), QStringLiteral("system-software-update")},
+        {QStringLiteral("mail.stack"), QStringLiteral("mail-message-new")},
+        {QStringLiteral("info.circle"), QStringLiteral("help-about")},
+        {QStringLiteral("escape"), QStringLiteral("application-exit")},
+    };
+    return names.value(symbol);
 }
 
 void IconTheme::addTheme(const QString &name)
@@ -151,21 +155,13 @@ bool IconTheme::has(const QString &iconName) const
 {
     if (iconName.isEmpty() || iconName.contains(u'/'))
         return false;
-    const auto known = m_found.constFind(iconName);
-    if (known != m_found.cend())
+    if (const auto known = m_found.constFind(iconName); known != m_found.cend())
         return known.value();
-    const bool found = lookUp(iconName);
+    bool found = false;
+    for (const QString &folder : m_iconFolders) {
+        for (const char *extension : {".png", ".svg", ".xpm"})
+            found = found || QFileInfo::exists(folder + u'/' + iconName + QLatin1String(extension));
+    }
     m_found.insert(iconName, found);
     return found;
-}
-
-bool IconTheme::lookUp(const QString &iconName) const
-{
-    for (const QString &folder : m_iconFolders) {
-        for (const char *extension : {".png", ".svg", ".xpm"}) {
-            if (QFileInfo::exists(folder + u'/' + iconName + QLatin1String(extension)))
-                return true;
-        }
-    }
-    return false;
 }

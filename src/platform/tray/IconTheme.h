@@ -29,13 +29,16 @@ public:
     // ~/.icons, $XDG_DATA_HOME/icons, each of $XDG_DATA_DIRS' icons, /usr/share/pixmaps.
     static QStringList sessionBaseFolders();
 
+    // The freedesktop icon name standing for one of the menu's symbols
+    // ("stop.circle": "media-playback-stop"); empty when there is none.
+    static QString symbolName(const QString &symbol);
+
     // The theme, what it inherits (depth first, each once), and hicolor last.
     QStringList themes() const { return m_themes; }
     bool has(const QString &iconName) const;
 
 private:
     void addTheme(const QString &name);
-    bool lookUp(const QString &iconName) const;
 
     QStringList m_baseFolders;
     QStringList m_themes;

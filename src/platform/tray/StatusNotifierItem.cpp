@@ -12,7 +12,6 @@
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QDir>
-#include <QMap>
 
 namespace {
 const QString watcher = QString::fromLatin1(StatusNotifierItem::watcherService);
@@ -83,21 +82,20 @@ bool StatusNotifierItem::connectToBus()
     if (!m_connection.isConnected())
         return false;
     delete m_menu;
-    m_menu = new DBusMenuExporter(m_connection, this);
-    if (!m_menu->isExported() || !m_connection.registerObject(QString::fromLatin1(objectPath), this,
-                                                              QDBusConnection::ExportAdaptors)) {
+    m_menu = new DBusMenuExporter(this);
+    if (!m_connection.registerObject(QString::fromLatin1(DBusMenuExporter::objectPath), m_menu,
+                                     QDBusConnection::ExportAdaptors) ||
+        !m_connection.registerObject(QString::fromLatin1(objectPath), this,
+                                     QDBusConnection::ExportAdaptors)) {
+        LOG_WARNING(QStringLiteral("could not export the status item on the session bus"));
         m_connection.disconnectFromBus(connectionName);
         return false;
     }
     // The watcher hears of the item first; its answer says whether there is
     // one, and nothing else here waits for an answer.
-    m_listed = false;
-    m_attempts = 0;
     registerWithWatcher();
-    QDBusMessage name = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
-    m_connection.send(name << m_serviceName << 4u); // DBUS_NAME_FLAG_DO_NOT_QUEUE
+    m_connection.interface()->asyncCall(QStringLiteral("RequestName"), m_serviceName,
+                                        4u); // DBUS_NAME_FLAG_DO_NOT_QUEUE
     m_connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                          QStringLiteral("org.freedesktop.DBus.Local"),
                          QStringLiteral("Disconnected"), this, SLOT(connectionLost()));
@@ -108,9 +106,6 @@ bool StatusNotifierItem::connectToBus()
                                           QDBusServiceWatcher::WatchForOwnerChange, m_menu);
     connect(owner, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &now) {
-                m_listed = false;
-                m_attempts = 0;
-                m_confirm.stop();
                 if (!now.isEmpty())
                     registerWithWatcher();
                 setWatcherPresent(!now.isEmpty());
@@ -133,17 +128,21 @@ void StatusNotifierItem::setWatcherPresent(bool present)
 {
     if (!present)
         m_confirm.stop();
-    if (present == m_watcherPresent && m_watcherKnown)
+    if (m_watcher == present)
         return;
-    if (!present && m_watcherPresent)
+    if (!present && m_watcher)
         LOG_INFO(QStringLiteral("the StatusNotifierWatcher went away"));
-    m_watcherPresent = present;
-    m_watcherKnown = true;
+    m_watcher = present;
     Q_EMIT watcherChanged(present);
 }
 
-void StatusNotifierItem::registerWithWatcher()
+void StatusNotifierItem::registerWithWatcher(bool again)
 {
+    if (!again) {
+        m_listed = false;
+        m_attempts = 0;
+        m_confirm.stop();
+    }
     ++m_attempts;
     callWatcher(this, m_connection, watcher, QStringLiteral("RegisterStatusNotifierItem"),
                 {m_connection.baseService()}, [this](const QDBusPendingCallWatcher &reply) {
@@ -172,10 +171,10 @@ void StatusNotifierItem::checkListed()
                     for (const QString &item :
                          QDBusPendingReply<QDBusVariant>(reply).value().variant().toStringList())
                         onItemRegistered(item);
-                    if (m_listed || !m_watcherPresent)
+                    if (m_listed || !watcherPresent())
                         return;
                     if (m_attempts < registrationAttempts)
-                        registerWithWatcher();
+                        registerWithWatcher(true);
                     else if (m_attempts++ == registrationAttempts)
                         LOG_WARNING(QStringLiteral("the StatusNotifierWatcher does not list the "
                                                    "status item after %1 registrations: no item "
@@ -198,40 +197,18 @@ void StatusNotifierItem::onItemRegistered(const QString &item)
 DBusImageList StatusNotifierItem::emblemPixmaps()
 {
     // "<size>.argb", as make_tray_images wrote them.
-    QMap<int, DBusImage> bySize;
-    const QDir folder(QStringLiteral(":/narv/tray/emblem"));
-    for (const QString &name : folder.entryList(QDir::Files)) {
-        QFile file(folder.filePath(name));
-        const int size = QStringView(name).chopped(5).toInt();
+    DBusImageList images;
+    for (const QFileInfo &info :
+         QDir(QStringLiteral(":/narv/tray/emblem")).entryInfoList(QDir::Files)) {
+        const int size = info.baseName().toInt();
+        QFile file(info.filePath());
         if (size > 0 && file.open(QIODevice::ReadOnly) && file.size() == qint64(size) * size * 4)
-            bySize.insert(size, {size, size, file.readAll()});
+            images.append({size, size, file.readAll()});
     }
-    const DBusImageList images = bySize.values();
     if (images.isEmpty())
         LOG_WARNING(QStringLiteral("the status item's emblem is missing from the program: "
                                    "panels show it blank"));
     return images;
-}
-
-QString StatusNotifierItem::id() const
-{
-    return AppInfo::identifier();
-}
-
-QString StatusNotifierItem::title() const
-{
-    return AppInfo::name();
-}
-
-DBusToolTip StatusNotifierItem::toolTip() const
-{
-    // No pixmaps: panels show the item's own icon.
-    return {m_iconName, {}, AppInfo::name(), m_toolTip};
-}
-
-QDBusObjectPath StatusNotifierItem::menu() const
-{
-    return QDBusObjectPath(QString::fromLatin1(DBusMenuExporter::objectPath));
 }
 
 void StatusNotifierItem::setLabel(const QString &label)

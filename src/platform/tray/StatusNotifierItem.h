@@ -2,6 +2,7 @@
 
 #include "DBusMenuExporter.h"
 #include "DBusTypes.h"
+#include "app/AppInfo.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
@@ -9,6 +10,8 @@
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
+
+#include <optional>
 
 // Narv's item in the panel: an org.kde.StatusNotifierItem at
 // /StatusNotifierItem (adaptor generated from org.kde.StatusNotifierItem.xml)
@@ -55,21 +58,22 @@ public:
     // Connects and registers; watcherChanged() tells whether a watcher is there.
     void start();
 
-    bool watcherPresent() const { return m_watcherPresent; }
+    bool watcherPresent() const { return m_watcher.value_or(false); }
     DBusMenuExporter *menuExporter() const { return m_menu; }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
-    QString id() const;
-    QString title() const;
+    QString id() const { return AppInfo::identifier(); }
+    QString title() const { return AppInfo::name(); }
     QString status() const { return QStringLiteral("Active"); }
     int windowId() const { return 0; }
     QString iconName() const { return m_iconName; }
     DBusImageList iconPixmap() const { return m_pixmaps; }
-    // The emblem in the sizes make_tray_images drew, smallest first.
+    // The emblem in the sizes make_tray_images drew.
     static DBusImageList emblemPixmaps();
-    DBusToolTip toolTip() const;
+    // No pixmaps: panels show the item's own icon.
+    DBusToolTip toolTip() const { return {m_iconName, {}, AppInfo::name(), m_toolTip}; }
     bool itemIsMenu() const { return true; }
-    QDBusObjectPath menu() const;
+    QDBusObjectPath menu() const { return QDBusObjectPath(DBusMenuExporter::objectPath); }
     QString label() const { return m_label; }
     // The widest time the label usually shows, so panels keep its width steady.
     static QString labelGuide() { return QStringLiteral("00:00"); }
@@ -91,13 +95,7 @@ public:
     void ProvideXdgActivationToken(const QString &) {}
 
 Q_SIGNALS:
-    void NewTitle();
-    void NewIcon();
-    void NewAttentionIcon();
-    void NewOverlayIcon();
-    void NewMenu();
     void NewToolTip();
-    void NewStatus(const QString &status);
 
     // Whether a watcher is there: once it is known, then at each change.
     void watcherChanged(bool present);
@@ -109,7 +107,8 @@ private Q_SLOTS:
 private:
     bool connectToBus();
     void setWatcherPresent(bool present);
-    void registerWithWatcher();
+    // Anew (a new connection or watcher), or again when the watcher does not list it.
+    void registerWithWatcher(bool again = false);
     void checkListed();
 
     QDBusConnection m_connection{QString()};
@@ -119,8 +118,7 @@ private:
     DBusImageList m_pixmaps;
     QString m_label;
     QString m_toolTip;
-    bool m_watcherPresent = false;
-    bool m_watcherKnown = false;
+    std::optional<bool> m_watcher; // whether a watcher is there, once known
     bool m_listed = false;
     int m_attempts = 0;
     int m_reconnects = 0;

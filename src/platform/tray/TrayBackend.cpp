@@ -33,7 +33,7 @@ void TrayBackend::useFallback(bool use)
     if (!use) {
         m_saidNoItem = false;
         if (m_fallback)
-            m_fallback->hide();
+            m_fallback->setVisible(false);
         return;
     }
     if (!m_fallback) {
@@ -55,7 +55,7 @@ void TrayBackend::useFallback(bool use)
         LOG_INFO(QStringLiteral("no StatusNotifierWatcher: using the classic tray icon"));
         m_fallback->setTitle(m_title);
     }
-    m_fallback->show();
+    m_fallback->setVisible(true);
 }
 
 void TrayBackend::setTitle(const QString &title)

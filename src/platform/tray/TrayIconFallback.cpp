@@ -1,16 +1,13 @@
 #include "TrayIconFallback.h"
 
-#include "MenuIcons.h"
+#include "IconTheme.h"
 #include "app/AppInfo.h"
 #include "app/IconFont.h"
 #include "statusbar/StatusBarController.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QFile>
 #include <QIcon>
-#include <QMenu>
-#include <QSystemTrayIcon>
 
 using StatusBarController::MenuItem;
 
@@ -29,15 +26,10 @@ const char *idProperty = "narvMenuId";
 // whatever the menu asks; a null icon for an unknown symbol.
 QIcon menuIcon(const QString &symbol)
 {
-    static const bool initialized = (initIconsResource(), true);
-    Q_UNUSED(initialized);
-    const QString name = MenuIcons::themeName(symbol);
-    if (!name.isEmpty() && QIcon::hasThemeIcon(name))
-        return QIcon::fromTheme(name);
     const QString bundled = QStringLiteral(":/narv/icons/menu/") + symbol + QStringLiteral(".svg");
-    if (symbol.isEmpty() || !QFile::exists(bundled))
-        return {};
-    return QIcon(bundled);
+    const QIcon own = symbol.isEmpty() || !QFile::exists(bundled) ? QIcon() : QIcon(bundled);
+    const QString name = IconTheme::symbolName(symbol);
+    return name.isEmpty() ? own : QIcon::fromTheme(name, own);
 }
 
 void applyItem(QAction *action, const MenuItem &item)
@@ -51,69 +43,36 @@ void applyItem(QAction *action, const MenuItem &item)
 
 TrayIconFallback::TrayIconFallback(QObject *parent) : ClassicTrayIcon(parent)
 {
+    initIconsResource();
     QIcon icon;
     for (int size : {16, 22, 24, 32, 48})
         icon.addPixmap(
             QPixmap::fromImage(IconFont::loadIcon(IconFont::narv, size, QColor(0x3d, 0x9b, 0xd6))));
-    m_icon = new QSystemTrayIcon(icon, this);
-    m_menu = new QMenu;
-    m_icon->setContextMenu(m_menu);
+    m_icon.setIcon(icon);
+    m_icon.setContextMenu(&m_menu);
     // A left click opens the menu too, as the StatusNotifierItem does.
-    connect(m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {
-        if (r == QSystemTrayIcon::Trigger && m_menu)
-            m_menu->popup(QCursor::pos());
+    connect(&m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {
+        if (r == QSystemTrayIcon::Trigger)
+            m_menu.popup(QCursor::pos());
     });
     setTitle(QString());
     rebuildMenu();
 }
 
-TrayIconFallback::~TrayIconFallback()
-{
-    delete m_menu;
-}
-
-bool TrayIconFallback::isAvailable()
-{
-    return qobject_cast<QApplication *>(QCoreApplication::instance()) &&
-           QSystemTrayIcon::isSystemTrayAvailable();
-}
-
-void TrayIconFallback::show()
-{
-    m_icon->show();
-}
-
-void TrayIconFallback::hide()
-{
-    m_icon->hide();
-}
-
-bool TrayIconFallback::isVisible() const
-{
-    return m_icon->isVisible();
-}
-
 void TrayIconFallback::setTitle(const QString &title)
 {
-    m_icon->setToolTip(title.isEmpty() ? AppInfo::name() : AppInfo::name() + u' ' + title);
-}
-
-QString TrayIconFallback::toolTip() const
-{
-    return m_icon->toolTip();
+    m_icon.setToolTip(title.isEmpty() ? AppInfo::name() : AppInfo::name() + u' ' + title);
 }
 
 void TrayIconFallback::rebuildMenu()
 {
-    if (!m_menu)
-        return;
-    m_menu->clear();
+    m_menu.clear();
     for (const MenuItem &item : StatusBarController::menu()) {
         if (item.separator) {
-            m_menu->addSeparator();
+            m_menu.addSeparator();
             continue;
         }
-        QAction *action = m_menu->addAction(QString());
+        QAction *action = m_menu.addAction(QString());
         action->setProperty(idProperty, item.id);
         applyItem(action, item);
         if (!item.keyEquivalent.isEmpty())
@@ -125,11 +84,10 @@ void TrayIconFallback::rebuildMenu()
 
 void TrayIconFallback::updateItem(int id)
 {
-    const MenuItem *item = StatusBarController::itemWithId(id);
-    if (!item || !m_menu)
-        return;
-    for (QAction *action : m_menu->actions()) {
-        if (action->property(idProperty).toInt() == id)
-            applyItem(action, *item);
+    if (const MenuItem *item = StatusBarController::itemWithId(id)) {
+        for (QAction *action : m_menu.actions()) {
+            if (action->property(idProperty).toInt() == id)
+                applyItem(action, *item);
+        }
     }
 }

@@ -3,9 +3,7 @@
 #include "ClassicTrayIcon.h"
 
 #include <QMenu>
-#include <QPointer>
-
-class QSystemTrayIcon;
+#include <QSystemTrayIcon>
 
 // The classic tray icon (XEmbed), for sessions without a StatusNotifierWatcher.
 // It cannot show text beside the icon, so the remaining time goes into its
@@ -15,21 +13,15 @@ class TrayIconFallback : public ClassicTrayIcon {
     Q_OBJECT
 public:
     explicit TrayIconFallback(QObject *parent = nullptr);
-    ~TrayIconFallback() override;
 
-    // Whether this session has a tray to put the icon in.
-    static bool isAvailable();
-
-    void show() override;
-    void hide() override;
-    bool isVisible() const override;
+    void setVisible(bool visible) override { m_icon.setVisible(visible); }
     void setTitle(const QString &title) override;
-    QString toolTip() const;
+    QString toolTip() const { return m_icon.toolTip(); }
     void rebuildMenu() override;
     void updateItem(int id) override;
-    QMenu *menu() const { return m_menu; }
+    QMenu *menu() { return &m_menu; }
 
 private:
-    QSystemTrayIcon *m_icon = nullptr;
-    QPointer<QMenu> m_menu;
+    QMenu m_menu;
+    QSystemTrayIcon m_icon;
 };

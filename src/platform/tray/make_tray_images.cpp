@@ -1,39 +1,64 @@
-// Draws the status item's emblem and our own menu icons while building, so
-// that the program only reads bytes from its resources and needs no QtGui:
+// Draws the status item's emblem and our own menu icons while building, with
+// QtGui and QtSvg, so that the program only reads bytes from its resources
+// and needs neither:
 //
-//   make_tray_images --out DIR --emblem narv.svg --emblem-sizes 16,22,32,48
-//                    --menu-size 16 stop.circle.svg ...
+//   make_tray_images OUTDIR EMBLEM.svg 16,22,32,48 MENU_SIZE menu.svg...
 //
-// writes DIR/emblem/<size>.argb (the (iiay) bytes StatusNotifierItem sends)
-// and DIR/menu/<symbol>.png (what DBusMenuExporter sends as icon-data).
+// writes OUTDIR/emblem/<size>.argb (the (iiay) bytes StatusNotifierItem
+// sends) and OUTDIR/menu/<symbol>.png (what DBusMenuExporter sends as
+// icon-data).
 
-#include "TrayImages.h"
-
-#include <QCommandLineParser>
+#include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QIcon>
+#include <QPainter>
 #include <QSaveFile>
 #include <QSvgRenderer>
+#include <QtEndian>
 
 #include <cstdio>
 
 namespace {
-bool write(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
-        return true;
-    std::fprintf(stderr, "make_tray_images: cannot write %s: %s\n", qPrintable(path),
-                 qPrintable(file.errorString()));
-    return false;
-}
-
 int fail(const QString &message)
 {
     std::fprintf(stderr, "make_tray_images: %s\n", qPrintable(message));
     return 1;
+}
+
+bool write(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QSaveFile file(path);
+    return (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() &&
+            file.commit()) ||
+           !fail(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
+}
+
+// The icon font's glyph "narv", drawn from the SVG the font is built from
+// (its viewBox is the font's em square) in a mid blue that panels show as it
+// is on light and dark backgrounds alike; as the protocol's (iiay) wants it:
+// not premultiplied, each pixel's A, R, G, B in that order.
+QByteArray emblem(QSvgRenderer &svg, int size)
+{
+    QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    svg.render(&painter);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(image.rect(), QColor(0x3d, 0x9b, 0xd6));
+    painter.end();
+    image.convertTo(QImage::Format_ARGB32);
+    QByteArray bytes;
+    for (int y = 0; y < size; ++y) {
+        for (int x = 0; x < size; ++x) {
+            const quint32 pixel = qToBigEndian(quint32(image.pixel(x, y)));
+            bytes.append(reinterpret_cast<const char *>(&pixel), 4);
+        }
+    }
+    return bytes;
 }
 } // namespace
 
@@ -43,47 +68,30 @@ int main(int argc, char **argv)
     // build machine may have no display.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
-
-    QCommandLineParser parser;
-    const QCommandLineOption out(QStringLiteral("out"), QStringLiteral("Output folder."),
-                                 QStringLiteral("dir"));
-    const QCommandLineOption emblem(QStringLiteral("emblem"), QStringLiteral("The emblem's SVG."),
-                                    QStringLiteral("svg"));
-    const QCommandLineOption emblemSizes(QStringLiteral("emblem-sizes"),
-                                         QStringLiteral("Comma-separated sizes, px."),
-                                         QStringLiteral("sizes"));
-    const QCommandLineOption menuSize(QStringLiteral("menu-size"),
-                                      QStringLiteral("The menu icons' size, px."),
-                                      QStringLiteral("size"));
-    parser.addOptions({out, emblem, emblemSizes, menuSize});
-    parser.addPositionalArgument(QStringLiteral("menu-svgs"), QStringLiteral("Menu icons."));
-    parser.process(app);
-    if (!parser.isSet(out) || !parser.isSet(emblem))
-        return fail(QStringLiteral("--out and --emblem are needed"));
-    const QDir dir(parser.value(out));
-
-    if (!QSvgRenderer(parser.value(emblem)).isValid())
-        return fail(QStringLiteral("cannot read ") + parser.value(emblem));
-    for (const QString &text : parser.value(emblemSizes).split(u',', Qt::SkipEmptyParts)) {
-        bool ok = false;
-        const int size = text.toInt(&ok);
-        if (!ok || size <= 0)
+    const QStringList args = app.arguments();
+    if (args.size() < 5)
+        return fail(QStringLiteral("usage: OUTDIR EMBLEM.svg SIZES MENU_SIZE MENU.svg..."));
+    const QDir out(args.at(1));
+    QSvgRenderer svg(args.at(2));
+    if (!svg.isValid())
+        return fail(QStringLiteral("cannot read ") + args.at(2));
+    for (const QString &text : args.at(3).split(u',', Qt::SkipEmptyParts)) {
+        const int size = text.toInt();
+        if (size <= 0)
             return fail(QStringLiteral("not a size: ") + text);
-        const QImage image = TrayImages::emblem(parser.value(emblem), size);
-        if (!write(dir.filePath(QStringLiteral("emblem/%1.argb").arg(size)),
-                   TrayImages::networkArgb(image)))
+        if (!write(out.filePath(QStringLiteral("emblem/%1.argb").arg(size)), emblem(svg, size)))
             return 1;
     }
-
-    const int size = parser.value(menuSize).toInt();
-    for (const QString &svg : parser.positionalArguments()) {
-        // Empty when Qt's SVG icon engine is not installed: better no build
+    const int menuSize = args.at(4).toInt();
+    for (const QString &path : args.mid(5)) {
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        // Fails when Qt's SVG icon engine is not installed: better no build
         // than a menu of blank icons.
-        const QByteArray png = TrayImages::menuPng(svg, size);
-        if (png.isEmpty())
-            return fail(QStringLiteral("cannot draw ") + svg);
-        if (!write(dir.filePath(QStringLiteral("menu/") + QFileInfo(svg).completeBaseName() +
-                                QStringLiteral(".png")),
+        if (!QIcon(path).pixmap(menuSize, menuSize).toImage().save(&buffer, "PNG") || png.isEmpty())
+            return fail(QStringLiteral("cannot draw ") + path);
+        if (!write(out.filePath(QStringLiteral("menu/%1.png").arg(QFileInfo(path).completeBaseName())),
                    png))
             return 1;
     }
