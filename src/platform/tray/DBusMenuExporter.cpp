@@ -15,7 +15,11 @@ DBusMenuExporter::DBusMenuExporter(QObject *parent) : QObject(parent)
     new DbusmenuAdaptor(this);
 }
 
-QVariantMap DBusMenuExporter::properties(const MenuItem &item)
+namespace {
+// The properties a panel gets for the item: label (with "_" doubled, as the
+// protocol reads one "_" as a mnemonic), enabled, icon (a name from the icon
+// theme, else our own PNG), shortcut, and the tag as "x-narv-tag".
+QVariantMap properties(const MenuItem &item)
 {
     if (item.separator)
         return {{QStringLiteral("type"), QStringLiteral("separator")}};
@@ -46,7 +50,8 @@ QVariantMap DBusMenuExporter::properties(const MenuItem &item)
     return map;
 }
 
-QVariantMap DBusMenuExporter::propertiesOf(int id, const QStringList &names) const
+// Those of the names asked for (all when none are); item 0 is the root.
+QVariantMap propertiesOf(int id, const QStringList &names = {})
 {
     QVariantMap all;
     if (id == 0)
@@ -63,10 +68,7 @@ QVariantMap DBusMenuExporter::propertiesOf(int id, const QStringList &names) con
     return wanted;
 }
 
-void DBusMenuExporter::layoutChanged()
-{
-    Q_EMIT LayoutUpdated(++m_revision, 0);
-}
+} // namespace
 
 void DBusMenuExporter::itemChanged(int id)
 {
@@ -150,5 +152,5 @@ uint DBusMenuExporter::GetLayout(int parentId, int recursionDepth, const QString
 QDBusVariant DBusMenuExporter::GetProperty(int id, const QString &name)
 {
     // An unknown item or property reads as an empty text: a variant must hold something.
-    return QDBusVariant(propertiesOf(id, {}).value(name, QString()));
+    return QDBusVariant(propertiesOf(id).value(name, QString()));
 }

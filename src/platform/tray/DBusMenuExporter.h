@@ -4,10 +4,6 @@
 
 #include <QObject>
 
-namespace StatusBarController {
-struct MenuItem;
-}
-
 // Publishes StatusBarController::menu() over com.canonical.dbusmenu at
 // /MenuBar, the way panels read a status item's menu, and runs the item a
 // panel reports clicked. The menu is flat: item 0 is the root, the menu's
@@ -24,13 +20,8 @@ public:
 
     explicit DBusMenuExporter(QObject *parent = nullptr);
 
-    // The properties a panel gets for the item: label (with "_" doubled, as
-    // the protocol reads one "_" as a mnemonic), enabled, icon (a name from
-    // the icon theme, else our own PNG), shortcut, and the tag as "x-narv-tag".
-    static QVariantMap properties(const StatusBarController::MenuItem &item);
-
     // Items were inserted or removed: a new revision of the layout.
-    void layoutChanged();
+    void layoutChanged() { Q_EMIT LayoutUpdated(++m_revision, 0); }
     // The item's title or icon changed.
     void itemChanged(int id);
 
@@ -55,7 +46,5 @@ Q_SIGNALS:
     void LayoutUpdated(uint revision, int parent);
 
 private:
-    QVariantMap propertiesOf(int id, const QStringList &names) const;
-
     uint m_revision = 1;
 };

@@ -1,61 +1,34 @@
 #include "IconTheme.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
+#include <QSettings>
 #include <QStandardPaths>
 
 namespace {
 const QString hicolor = QStringLiteral("hicolor");
 
-// The keys of one [group] of an ini-style file (index.theme, kdeglobals,
-// GTK's settings.ini); empty when the file or the group is missing. QSettings
-// would read "\" and "%" as escapes and "," as a list where these files mean
-// none of that.
-QHash<QString, QString> iniGroup(const QString &path, const QString &group)
+// The key ("group/key") of an ini-style file (kdeglobals, GTK's
+// settings.ini, index.theme): QSettings takes the quotes some settings tools
+// put around a value, and reads a comma list as a list.
+QVariant iniValue(const QString &path, const QString &key)
 {
-    QHash<QString, QString> values;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return values;
-    const QString header = u'[' + group + u']';
-    bool inside = false;
-    while (!file.atEnd()) {
-        const QString line = QString::fromUtf8(file.readLine()).trimmed();
-        if (line.startsWith(u'[')) {
-            inside = line == header;
-            continue;
-        }
-        const qsizetype equals = line.indexOf(u'=');
-        if (inside && equals > 0 && !line.startsWith(u'#') && !line.startsWith(u';'))
-            values.insert(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
-    }
-    return values;
+    return QSettings(path, QSettings::IniFormat).value(key);
 }
 
 // The key's value in the first configuration folder (the user's first)
-// whose file of one of these names sets it, without the quotes some settings
-// tools put around it; empty when none does.
-QString configValue(const QStringList &names, const QString &group, const QString &key)
+// whose file of one of these names sets it; empty when none does.
+QString configValue(const QStringList &names, const QString &key)
 {
     for (const QString &folder :
          QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation)) {
         for (const QString &name : names) {
-            QString value = iniGroup(folder + u'/' + name, group).value(key);
-            if (value.size() >= 2 && value.startsWith(u'"') && value.endsWith(u'"'))
-                value = value.mid(1, value.size() - 2);
-            if (!value.isEmpty())
+            if (const QString value = iniValue(folder + u'/' + name, key).toString();
+                !value.isEmpty())
                 return value;
         }
     }
     return {};
-}
-
-QStringList commaList(const QString &value)
-{
-    static const QRegularExpression comma(QStringLiteral("\\s*,\\s*"));
-    return value.trimmed().split(comma, Qt::SkipEmptyParts);
 }
 } // namespace
 
@@ -79,15 +52,15 @@ QString IconTheme::sessionThemeName()
     const QStringList desktops =
         qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':', Qt::SkipEmptyParts);
     if (desktops.contains(QLatin1String("KDE"), Qt::CaseInsensitive)) {
-        const QString theme = configValue({QStringLiteral("kdeglobals")}, QStringLiteral("Icons"),
-                                          QStringLiteral("Theme"));
+        const QString theme =
+            configValue({QStringLiteral("kdeglobals")}, QStringLiteral("Icons/Theme"));
         return theme.isEmpty() ? QStringLiteral("breeze") : theme;
     }
     // GNOME keeps its choice in dconf, which only GTK itself reads; what the
     // settings tools also write into settings.ini is the best we can see.
     const QString theme = configValue(
         {QStringLiteral("gtk-3.0/settings.ini"), QStringLiteral("gtk-4.0/settings.ini")},
-        QStringLiteral("Settings"), QStringLiteral("gtk-icon-theme-name"));
+        QStringLiteral("Settings/gtk-icon-theme-name"));
     return theme.isEmpty() ? QStringLiteral("Adwaita") : theme;
 }
 
@@ -124,20 +97,20 @@ void IconTheme::addTheme(const QString &name)
         return;
     // The first index.theme found describes the theme; its folders count in
     // every base folder, so that a user can add icons to a system theme.
-    QHash<QString, QString> index;
+    QString index;
     for (const QString &base : std::as_const(m_baseFolders)) {
-        const QString path = base + u'/' + name + QStringLiteral("/index.theme");
-        if (QFileInfo::exists(path)) {
-            index = iniGroup(path, QStringLiteral("Icon Theme"));
+        index = base + u'/' + name + QStringLiteral("/index.theme");
+        if (QFileInfo::exists(index))
             break;
-        }
+        index.clear();
     }
+    const auto list = [&index](const char *key) {
+        return iniValue(index, QStringLiteral("Icon Theme/") + QLatin1String(key)).toStringList();
+    };
     if (index.isEmpty())
         return; // not installed
     m_themes.append(name);
-    const QStringList subfolders = commaList(index.value(QStringLiteral("Directories"))) +
-                                   commaList(index.value(QStringLiteral("ScaledDirectories")));
-    for (const QString &subfolder : subfolders) {
+    for (const QString &subfolder : list("Directories") + list("ScaledDirectories")) {
         for (const QString &base : std::as_const(m_baseFolders)) {
             const QString folder = base + u'/' + name + u'/' + subfolder;
             if (QFileInfo(folder).isDir())
@@ -145,7 +118,7 @@ void IconTheme::addTheme(const QString &name)
         }
     }
     // hicolor comes after every other theme, whoever names it.
-    for (const QString &parent : commaList(index.value(QStringLiteral("Inherits")))) {
+    for (const QString &parent : list("Inherits")) {
         if (parent != hicolor)
             addTheme(parent);
     }
