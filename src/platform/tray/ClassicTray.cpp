@@ -45,8 +45,6 @@ bool ClassicTray::isAvailable()
 
 ClassicTrayIcon *ClassicTray::createIcon(QObject *parent)
 {
-    if (!isAvailable())
-        return nullptr;
     using Create = ClassicTrayIcon *(*)(QObject *);
     const auto create = reinterpret_cast<Create>(Module::resolve(fileName, iconEntry).function);
     return create ? create(parent) : nullptr;

@@ -27,6 +27,6 @@ bool wanted();
 std::unique_ptr<QCoreApplication> createApplication(int &argc, char **argv, QString *error);
 // Whether this process's application object can carry the classic icon.
 bool isAvailable();
-// Null when it cannot (see isAvailable()) or the session has no system tray.
+// Only where isAvailable(); null when the session has no system tray.
 ClassicTrayIcon *createIcon(QObject *parent);
 } // namespace ClassicTray

@@ -7,8 +7,7 @@
 // Publishes StatusBarController::menu() over com.canonical.dbusmenu at
 // /MenuBar, the way panels read a status item's menu, and runs the item a
 // panel reports clicked. The menu is flat: item 0 is the root, the menu's
-// items are its children. Exported through the adaptor generated from
-// com.canonical.dbusmenu.xml.
+// items are its children.
 class DBusMenuExporter : public QObject {
     Q_OBJECT
     Q_PROPERTY(uint Version READ version CONSTANT)

@@ -1,8 +1,6 @@
 #include "StatusNotifierItem.h"
 
-#include "DBusMenuExporter.h"
 #include "IconTheme.h"
-#include "app/AppInfo.h"
 #include "app/Log.h"
 #include "statusnotifieritemadaptor.h"
 
@@ -31,6 +29,23 @@ void callWatcher(QObject *context, const QDBusConnection &bus, const QString &in
                          w->deleteLater();
                          done(*w);
                      });
+}
+
+// The emblem in the sizes make_tray_images drew, "<size>.argb".
+DBusImageList emblemPixmaps()
+{
+    DBusImageList images;
+    for (const QFileInfo &info :
+         QDir(QStringLiteral(":/narv/tray/emblem")).entryInfoList(QDir::Files)) {
+        const int size = info.baseName().toInt();
+        QFile file(info.filePath());
+        if (size > 0 && file.open(QIODevice::ReadOnly) && file.size() == qint64(size) * size * 4)
+            images.append({size, size, file.readAll()});
+    }
+    if (images.isEmpty())
+        LOG_WARNING(QStringLiteral("the status item's emblem is missing from the program: "
+                                   "panels show it blank"));
+    return images;
 }
 } // namespace
 
@@ -171,7 +186,7 @@ void StatusNotifierItem::checkListed()
                     for (const QString &item :
                          QDBusPendingReply<QDBusVariant>(reply).value().variant().toStringList())
                         onItemRegistered(item);
-                    if (m_listed || !watcherPresent())
+                    if (m_listed || !m_watcher.value_or(false))
                         return;
                     if (m_attempts < registrationAttempts)
                         registerWithWatcher(true);
@@ -194,23 +209,6 @@ void StatusNotifierItem::onItemRegistered(const QString &item)
     LOG_INFO(QStringLiteral("status item registered as ") + service);
 }
 
-DBusImageList StatusNotifierItem::emblemPixmaps()
-{
-    // "<size>.argb", as make_tray_images wrote them.
-    DBusImageList images;
-    for (const QFileInfo &info :
-         QDir(QStringLiteral(":/narv/tray/emblem")).entryInfoList(QDir::Files)) {
-        const int size = info.baseName().toInt();
-        QFile file(info.filePath());
-        if (size > 0 && file.open(QIODevice::ReadOnly) && file.size() == qint64(size) * size * 4)
-            images.append({size, size, file.readAll()});
-    }
-    if (images.isEmpty())
-        LOG_WARNING(QStringLiteral("the status item's emblem is missing from the program: "
-                                   "panels show it blank"));
-    return images;
-}
-
 void StatusNotifierItem::setLabel(const QString &label)
 {
     if (label == m_label)
@@ -220,7 +218,7 @@ void StatusNotifierItem::setLabel(const QString &label)
     // adaptor's relay of a signal of ours; a send that fails means the
     // connection has gone.
     QDBusMessage signal = QDBusMessage::createSignal(QString::fromLatin1(objectPath),
-                                                     QString::fromLatin1(interfaceName),
+                                                     QStringLiteral("org.kde.StatusNotifierItem"),
                                                      QStringLiteral("XAyatanaNewLabel"));
     if (!m_connection.send(signal << m_label << labelGuide()))
         connectionLost();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "DBusMenuExporter.h"
-#include "DBusTypes.h"
 #include "app/AppInfo.h"
 
 #include <QDBusConnection>
@@ -48,7 +47,6 @@ class StatusNotifierItem : public QObject, protected QDBusContext {
     Q_PROPERTY(uint XAyatanaOrderingIndex READ orderingIndex CONSTANT)
 public:
     static constexpr const char *objectPath = "/StatusNotifierItem";
-    static constexpr const char *interfaceName = "org.kde.StatusNotifierItem";
     static constexpr const char *watcherService = "org.kde.StatusNotifierWatcher";
     // Registrations before the item gives up on a watcher that does not list it.
     static constexpr int registrationAttempts = 5;
@@ -58,7 +56,6 @@ public:
     // Connects and registers; watcherChanged() tells whether a watcher is there.
     void start();
 
-    bool watcherPresent() const { return m_watcher.value_or(false); }
     DBusMenuExporter *menuExporter() const { return m_menu; }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
@@ -68,8 +65,6 @@ public:
     int windowId() const { return 0; }
     QString iconName() const { return m_iconName; }
     DBusImageList iconPixmap() const { return m_pixmaps; }
-    // The emblem in the sizes make_tray_images drew.
-    static DBusImageList emblemPixmaps();
     // No pixmaps: panels show the item's own icon.
     DBusToolTip toolTip() const { return {m_iconName, {}, AppInfo::name(), m_toolTip}; }
     bool itemIsMenu() const { return true; }

@@ -1,8 +1,6 @@
 #include "TrayBackend.h"
 
 #include "ClassicTray.h"
-#include "DBusMenuExporter.h"
-#include "StatusNotifierItem.h"
 #include "app/Log.h"
 
 #include <QCoreApplication>

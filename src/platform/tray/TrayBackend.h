@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ClassicTrayIcon.h"
-#include "DBusMenuExporter.h"
 #include "StatusNotifierItem.h"
 #include "statusbar/StatusBarController.h"
 
@@ -22,17 +21,12 @@ public:
     static void install();
 
     void setTitle(const QString &title) override;
-    // The status item's tooltip. The classic icon keeps its own, "Narv 24:59":
-    // it shows no text beside the icon, and changing its tooltip costs no
-    // one else anything.
+    // The status item's tooltip. The classic icon keeps its own, "Narv 24:59",
+    // as it shows no text beside the icon.
     void setToolTip(const QString &text) override;
     void setPauseItem(const QString &image, const QString &title) override;
     void menuLayoutChanged() override;
     void menuItemChanged(int id) override;
-
-    StatusNotifierItem *statusNotifierItem() const { return m_item; }
-    // The classic icon, when it is in use.
-    ClassicTrayIcon *fallback() const { return m_fallback; }
 
 private:
     void useFallback(bool use);

@@ -1,22 +1,17 @@
 #include "TrayIconFallback.h"
 
+#include "ClassicTray.h"
 #include "IconTheme.h"
 #include "app/AppInfo.h"
 #include "app/IconFont.h"
 #include "statusbar/StatusBarController.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFile>
 #include <QIcon>
 
 using StatusBarController::MenuItem;
-
-// menu.qrc sits in a static library: naming its initializer pulls it into
-// the module. Q_INIT_RESOURCE has to be used outside any namespace.
-static void initIconsResource()
-{
-    Q_INIT_RESOURCE(menu);
-}
 
 namespace {
 const char *idProperty = "narvMenuId";
@@ -43,7 +38,6 @@ void applyItem(QAction *action, const MenuItem &item)
 
 TrayIconFallback::TrayIconFallback(QObject *parent) : ClassicTrayIcon(parent)
 {
-    initIconsResource();
     QIcon icon;
     for (int size : {16, 22, 24, 32, 48})
         icon.addPixmap(
@@ -51,8 +45,8 @@ TrayIconFallback::TrayIconFallback(QObject *parent) : ClassicTrayIcon(parent)
     m_icon.setIcon(icon);
     m_icon.setContextMenu(&m_menu);
     // A left click opens the menu too, as the StatusNotifierItem does.
-    connect(&m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {
-        if (r == QSystemTrayIcon::Trigger)
+    connect(&m_icon, &QSystemTrayIcon::activated, this, [this](auto reason) {
+        if (reason == QSystemTrayIcon::Trigger)
             m_menu.popup(QCursor::pos());
     });
     setTitle(QString());
@@ -90,4 +84,24 @@ void TrayIconFallback::updateItem(int id)
                 applyItem(action, *item);
         }
     }
+}
+
+// The module's entry points, looked up by name once it is loaded. The module
+// resolves the core's symbols against the program (which exports them), so
+// the icon's menu is the program's one menu model.
+
+extern "C" Q_DECL_EXPORT QCoreApplication *narv_classictray_create_application(int &argc,
+                                                                               char **argv)
+{
+    auto *app = new QApplication(argc, argv);
+    QGuiApplication::setApplicationDisplayName(AppInfo::name());
+    QGuiApplication::setDesktopFileName(AppInfo::identifier());
+    // A tray program: closing its last window must not end it.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    return app;
+}
+
+extern "C" Q_DECL_EXPORT ClassicTrayIcon *narv_classictray_create_icon(QObject *parent)
+{
+    return QSystemTrayIcon::isSystemTrayAvailable() ? new TrayIconFallback(parent) : nullptr;
 }

@@ -1,12 +1,7 @@
-// Draws the status item's emblem and our own menu icons while building, with
-// QtGui and QtSvg, so that the program only reads bytes from its resources
-// and needs neither:
-//
-//   make_tray_images OUTDIR EMBLEM.svg 16,22,32,48 MENU_SIZE menu.svg...
-//
-// writes OUTDIR/emblem/<size>.argb (the (iiay) bytes StatusNotifierItem
-// sends) and OUTDIR/menu/<symbol>.png (what DBusMenuExporter sends as
-// icon-data).
+// make_tray_images OUTDIR EMBLEM.svg 16,22,32,48 MENU_SIZE menu.svg...
+// Draws, while building, OUTDIR/emblem/<size>.argb (the (iiay) bytes of the
+// status item's IconPixmap) and OUTDIR/menu/<symbol>.png (the menu's
+// icon-data), so that the program needs neither QtGui nor QtSvg.
 
 #include <QBuffer>
 #include <QDir>
@@ -91,8 +86,8 @@ int main(int argc, char **argv)
         // than a menu of blank icons.
         if (!QIcon(path).pixmap(menuSize, menuSize).toImage().save(&buffer, "PNG") || png.isEmpty())
             return fail(QStringLiteral("cannot draw ") + path);
-        if (!write(out.filePath(QStringLiteral("menu/%1.png").arg(QFileInfo(path).completeBaseName())),
-                   png))
+        const QString symbol = QFileInfo(path).completeBaseName();
+        if (!write(out.filePath(QStringLiteral("menu/%1.png").arg(symbol)), png))
             return 1;
     }
     return 0;
