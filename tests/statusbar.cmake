@@ -17,13 +17,6 @@ narv_add_core_test(tst_menu statusbar/tst_menu.cpp)
 narv_add_core_test(tst_icontheme statusbar/tst_icontheme.cpp)
 target_link_libraries(tst_icontheme PRIVATE narv_tray)
 
-# The emblem and menu icons the build drew, against QtGui drawing them now.
-narv_add_gui_test(tst_trayimages statusbar/tst_trayimages.cpp)
-target_link_libraries(tst_trayimages PRIVATE narv_tray narv_trayimages)
-target_compile_definitions(tst_trayimages PRIVATE
-    NARV_EMBLEM_SVG="${CMAKE_SOURCE_DIR}/resources/iconfont/narv.svg"
-    NARV_MENU_ICONS_DIR="${CMAKE_SOURCE_DIR}/resources/icons/menu")
-
 # The item and its menu read the way a panel reads them, with a small
 # StatusNotifierWatcher of the test's own.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
