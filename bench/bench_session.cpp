@@ -15,6 +15,8 @@
 //                    opened and closed, and Narv's memory after both, once
 //                    its window process has ended (or with it, after 15 s)
 //   60 s             CPU and wake-ups (voluntary context switches) of everyone
+//   30 s             Narv counting with a `narv status --follow` client, the
+//                    client measured as a process of its own
 //   30 s             the same for Narv while paused from the menu
 //   then             a few more breaks, each started from the menu with a
 //                    work period of none once the windows of the one before
@@ -194,6 +196,35 @@ Memory memoryOf(const QList<qint64> &pids)
     }
     return sum;
 }
+
+// Which of these pieces (parts of a mapped file's path) the process has
+// mapped, in the order asked.
+QStringList mappedOf(qint64 pid, const QStringList &pieces)
+{
+    const QByteArray maps = readProc(QStringLiteral("/proc/%1/maps").arg(pid));
+    QStringList found;
+    for (const QString &piece : pieces) {
+        if (maps.contains(piece.toUtf8()))
+            found.append(piece);
+    }
+    return found;
+}
+
+// What the counting process keeps out until it needs it: Qt Quick and QML
+// come with the window process, QtNetwork and TLS with the update check's
+// process of a moment, QtWidgets only where no StatusNotifierWatcher was
+// there at start (the bench plays one), fontconfig's font list with text.
+const QStringList notWhileCounting{
+    QStringLiteral("libQt6Gui"),           QStringLiteral("libQt6Quick"),
+    QStringLiteral("libQt6Qml"),           QStringLiteral("libQt6Widgets"),
+    QStringLiteral("libQt6Network"),       QStringLiteral("libssl"),
+    QStringLiteral("libcrypto"),           QStringLiteral("narv_views.so"),
+    QStringLiteral("narv_update.so"),      QStringLiteral("narv_updatewindow.so"),
+    QStringLiteral("narv_classictray.so"), QStringLiteral("/var/cache/fontconfig"),
+};
+// What the window process draws a break with.
+const QStringList inTheWindowProcess{QStringLiteral("libQt6Quick"), QStringLiteral("libQt6Qml"),
+                                     QStringLiteral("narv_views.so")};
 
 // What a process has used so far, thread by thread: time on the CPU from the
 // scheduler's nanosecond counters (schedstat), voluntary context switches
@@ -637,6 +668,7 @@ struct Options {
     double motionMs = 30000;
     double countingMs = 60000;
     double pausedMs = 30000;
+    double followingMs = 30000; // counting with a `narv status --follow` client
     double peerHeadStartMs = 3000;
     double windowProcessEndMs = 15000; // the longest wait for it after the water panel
     int workMinutes = 1;               // the first work period, whose accuracy is measured
@@ -853,6 +885,31 @@ private:
     // (the break waited for it to start and load the windows): when Narv
     // logged its start, in ms from the end, from the last start before the
     // windows were all mapped.
+    // The libraries kept out of the counting process, and (during a break)
+    // those the window process needs: "sample narv <when>_misplaced_libraries
+    // N", the pieces in "info narv.<when>_libraries".
+    void libraries(const Subject &narv, const QString &when)
+    {
+        QStringList misplaced;
+        for (const QString &piece : mappedOf(narv.pid(), notWhileCounting))
+            misplaced.append(piece + QStringLiteral("@counting"));
+        if (when == u"break") {
+            QStringList there;
+            for (qint64 child : familyOf(narv.pid())) {
+                if (readProc(QStringLiteral("/proc/%1/cmdline").arg(child)).contains("--views"))
+                    there = mappedOf(child, inTheWindowProcess);
+            }
+            for (const QString &piece : inTheWindowProcess) {
+                if (!there.contains(piece))
+                    misplaced.append(piece + QStringLiteral("@missing-from-windows"));
+            }
+        }
+        sample(QStringLiteral("narv"), when + QStringLiteral("_misplaced_libraries"),
+               misplaced.size());
+        info(QStringLiteral("narv.") + when + QStringLiteral("_libraries"),
+             misplaced.isEmpty() ? QStringLiteral("as-expected") : misplaced.join(u','));
+    }
+
     void noteWindowProcess(const Subject &narv, const QString &which, double end, double shown)
     {
         const QString startLine = QStringLiteral(" : window process ");
@@ -984,6 +1041,7 @@ private:
         waitFor([&] { return narv.hasLine(checked); }, 45000);
         info(QStringLiteral("narv.update_check"),
              narv.hasLine(checked) ? QStringLiteral("done") : QStringLiteral("not-done"));
+        libraries(narv, QStringLiteral("counting"));
         for (Subject *s : everyone) {
             const Memory m = memoryOf(s->processes());
             sample(s->id(), QStringLiteral("rss_counting_kib"), double(m.rssKiB));
@@ -1010,6 +1068,7 @@ private:
             if (const auto shown = breakWindowsShown(narv, *ended, 10000)) {
                 sample(QStringLiteral("narv"), QStringLiteral("first_break_ms"), *shown);
                 noteWindowProcess(narv, QStringLiteral("first_break"), *ended, *shown);
+                libraries(narv, QStringLiteral("break"));
             } else {
                 progress(QStringLiteral("the first break's windows did not all appear"));
             }
@@ -1060,6 +1119,8 @@ private:
         progress(QStringLiteral("counting, %1 s").arg(m_options.countingMs / 1000));
         measureActivity(everyone, QStringLiteral("counting"), m_options.countingMs);
 
+        following(narv);
+
         progress(QStringLiteral("paused, %1 s").arg(m_options.pausedMs / 1000));
         const double pauseClick = nowMs();
         if (clickMenuItem(narv.pid(), 2) &&
@@ -1109,6 +1170,32 @@ private:
         for (auto &p : peers)
             p->stop();
         sleepMs(500);
+    }
+
+    // Counting, with a `narv status --follow` client beside Narv as a bar
+    // runs one: the client as a process of its own (wake-ups, CPU, memory,
+    // the lines it printed), and Narv's own wake-ups meanwhile, which should
+    // be those of counting alone: the client counts the seconds itself.
+    void following(Subject &narv)
+    {
+        progress(QStringLiteral("counting beside `narv status --follow`, %1 s")
+                     .arg(m_options.followingMs / 1000));
+        Subject follower({QStringLiteral("follower"),
+                          m_options.narv,
+                          {QStringLiteral("status"), QStringLiteral("--follow")}},
+                         m_env);
+        follower.start();
+        if (!waitFor([&] { return follower.lineAt(QString()).has_value(); }, 5000)) {
+            progress(QStringLiteral("`narv status --follow` printed nothing"));
+            return;
+        }
+        sleepMs(1000);
+        const double start = nowMs();
+        measureActivity({&narv, &follower}, QStringLiteral("following"), m_options.followingMs);
+        sample(QStringLiteral("follower"), QStringLiteral("lines_per_s"),
+               follower.linesAt(QString(), start).size() * 1000.0 / (nowMs() - start));
+        sample(QStringLiteral("follower"), QStringLiteral("rss_kib"),
+               double(memoryOf({follower.pid()}).rssKiB));
     }
 
     void printMedians()
@@ -1210,6 +1297,7 @@ int main(int argc, char **argv)
         options.motionMs = 1000;
         options.countingMs = 2000;
         options.pausedMs = 1000;
+        options.followingMs = 2000;
         options.workMinutes = 0;
     }
     if (parser.isSet(QStringLiteral("runs")))
