@@ -30,7 +30,6 @@ QVariantMap properties(const MenuItem &item)
     if (!item.image.isEmpty()) {
         // The symbol name stays as the accessible name, as the image's description.
         map.insert(QStringLiteral("accessible-desc"), item.image);
-        // The theme's icon, else our own drawing (make_tray_images).
         const QString name = IconTheme::symbolName(item.image);
         QFile png(QStringLiteral(":/narv/tray/menu/%1.png").arg(item.image));
         if (IconTheme::current().has(name))

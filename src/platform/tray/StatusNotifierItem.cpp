@@ -53,10 +53,6 @@ StatusNotifierItem::StatusNotifierItem(QObject *parent) : QObject(parent)
 {
     registerDBusTypes();
     m_pixmaps = emblemPixmaps();
-    // Once our icon is installed into the icon theme, panels can draw it at
-    // any size themselves; until then they have the pixmaps.
-    if (IconTheme::current().has(AppInfo::identifier()))
-        m_iconName = AppInfo::identifier();
     m_serviceName =
         QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
     new StatusNotifierItemAdaptor(this);
@@ -76,7 +72,12 @@ StatusNotifierItem::StatusNotifierItem(QObject *parent) : QObject(parent)
 
 void StatusNotifierItem::start()
 {
-    if (connectToBus())
+    const bool connected = connectToBus();
+    // Our icon in the icon theme lets panels draw it at any size; looked up
+    // once the registration has gone out (reading the themes takes a while).
+    if (IconTheme::current().has(AppInfo::identifier()))
+        m_iconName = AppInfo::identifier();
+    if (connected)
         return;
     LOG_WARNING(QStringLiteral("no session bus (%1): the status item can only be a classic "
                                "tray icon")
