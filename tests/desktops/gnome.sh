@@ -46,7 +46,8 @@ if ! wait_for 90 shell_up; then
     exit
 fi
 # The shell starts in its overview, where a new window does not take the focus.
-shell_eval 'Main.overview.hide(); ""' >/dev/null
+overview_closed() { [[ $(shell_eval 'Main.overview.hide(); String(Main.overview.visible)') == false ]]; }
+wait_for 30 overview_closed || fail "the overview does not close"
 export WAYLAND_DISPLAY=wayland-narv XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=GNOME
 export QT_QPA_PLATFORM=wayland
 echo "$(gnome-shell --version)"
@@ -72,6 +73,11 @@ close_window() {
 focus_client() {
     shell_eval "global.get_window_actors().map(a => a.meta_window)
         .filter(w => w.get_title() === 'Flower').forEach(w => w.activate(global.get_current_time())); ''" >/dev/null
+}
+# A token as the shell's own launcher makes one for Narv's desktop file.
+launch_token() {
+    shell_eval 'global.create_app_launch_context(0, -1).get_startup_notify_id(
+        imports.gi.Gio.DesktopAppInfo.new("app.narv.Narv.desktop"), [])'
 }
 screenshot() {
     dbus-send --session --print-reply --dest=org.gnome.Shell.Screenshot /org/gnome/Shell/Screenshot \
