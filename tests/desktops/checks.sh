@@ -14,7 +14,8 @@ export HOME=$WORK XDG_CONFIG_HOME=$WORK/config XDG_CACHE_HOME=$WORK/cache
 export XDG_DATA_DIRS=$WORK/share:/usr/local/share:/usr/share
 mkdir -p "$XDG_CONFIG_HOME/narv" "$WORK/share/applications"
 # The desktop file, so that the shell finds Narv's name and icon by its app id.
-cp "$here/../../resources/desktop/app.narv.Narv.desktop" "$WORK/share/applications/"
+sed "s|^Exec=narv|Exec=$build/narv|" "$here/../../resources/desktop/app.narv.Narv.desktop" \
+    >"$WORK/share/applications/app.narv.Narv.desktop"
 cp -r "$here/../../resources/icons" "$WORK/share/"
 
 ok() { echo "ok: $shell: $*"; }
@@ -244,7 +245,7 @@ check_second_start() {
     close_window "Settings"
     wait_for 10 no_window "Settings"
     focus_client
-    "$build/narv" >>"$WORK/narv.out" 2>&1
+    XDG_ACTIVATION_TOKEN=$(launch_token) "$build/narv" >>"$WORK/narv.out" 2>&1
     wait_for 10 settings_focused && ok "a second start brings the closed Settings back with the focus" ||
         fail "a second start after a close: the focus is on \"$(focused_window)\""
 }

@@ -5,8 +5,18 @@
 # allows only in its unsafe mode: a small extension of the test's own turns
 # that on.
 
-# GNOME Shell wants a system bus with logind on it.
+# GNOME Shell wants a system bus with logind on it, and makes its lock screen
+# only with a display manager there (GDM 3.5.91 or later).
 standin_logind
+/usr/bin/python3 -m dbusmock --system org.gnome.DisplayManager /org/gnome/DisplayManager/Manager \
+    org.gnome.DisplayManager.Manager >"$WORK/gdm.log" 2>&1 &
+gdm_mock() {
+    gdbus call --system -d org.gnome.DisplayManager -o /org/gnome/DisplayManager/Manager \
+        -m "org.freedesktop.DBus.Mock.$1" "${@:2}" >/dev/null 2>&1
+}
+wait_for 20 gdm_mock AddProperty org.gnome.DisplayManager.Manager Version "<'43.0'>" ||
+    fail "the stand-in display manager did not start: $(tail -2 "$WORK/gdm.log")"
+gdm_mock AddMethod org.gnome.DisplayManager.Manager RegisterSession 'a{sv}' '' ''
 
 export XDG_DATA_HOME=$WORK/share GSETTINGS_BACKEND=keyfile
 extension=$XDG_DATA_HOME/gnome-shell/extensions/narv-test@narv.app
@@ -76,7 +86,7 @@ focus_client() {
 }
 # A token as the shell's own launcher makes one for Narv's desktop file.
 launch_token() {
-    shell_eval 'global.create_app_launch_context(0, -1).get_startup_notify_id(
+    shell_eval 'global.create_app_launch_context(global.display.get_current_time_roundtrip(), -1).get_startup_notify_id(
         imports.gi.Gio.DesktopAppInfo.new("app.narv.Narv.desktop"), [])'
 }
 screenshot() {
