@@ -55,8 +55,11 @@ if ! wait_for 90 shell_up; then
     finish
     exit
 fi
-# The shell starts in its overview, where a new window does not take the focus.
-overview_closed() { [[ $(shell_eval 'Main.overview.hide(); String(Main.overview.visible)') == false ]]; }
+# The shell ends its start-up in the overview, where a new window does not
+# take the focus.
+overview_closed() {
+    [[ $(shell_eval 'Main.overview.hide(); String(Main.layoutManager._startingUp || Main.overview.visible)') == false ]]
+}
 wait_for 30 overview_closed || fail "the overview does not close"
 export WAYLAND_DISPLAY=wayland-narv XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=GNOME
 export QT_QPA_PLATFORM=wayland
