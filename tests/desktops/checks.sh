@@ -127,8 +127,8 @@ narv_status() { "$build/narv" status 2>&1; }
 counting() { [[ $(narv_status) =~ ^[0-9]+:[0-9]{2}$ ]]; }
 not_counting() { ! counting; }
 
-# A lock and unlock the shell's way: $1 locks, $2 unlocks; $3: a screenshot's
-# name. The countdown stops while locked, and the item is still registered after.
+# A lock and unlock the shell's way: $1 locks, $2 unlocks. The countdown
+# stops while locked, and the item is still registered after.
 check_lock() {
     wait_for 10 counting || fail "not counting before the lock: $(narv_status)"
     $1
@@ -137,7 +137,6 @@ check_lock() {
     else
         fail "locked: $(log | grep 'screen lock' | tail -2), narv status: $(narv_status)"
     fi
-    [[ -z ${3:-} ]] || { screenshot "$3" && shot "$3"; }
     $2
     wait_for 20 logged "screen unlocked" && wait_for 10 counting && ok "unlocked: the countdown goes on" ||
         fail "unlocked: $(log | grep 'screen' | tail -2), narv status: $(narv_status)"
