@@ -14,7 +14,8 @@ export HOME=$WORK XDG_CONFIG_HOME=$WORK/config XDG_CACHE_HOME=$WORK/cache
 export XDG_DATA_DIRS=$WORK/share:/usr/local/share:/usr/share
 mkdir -p "$XDG_CONFIG_HOME/narv" "$WORK/share/applications"
 # The desktop file, so that the shell finds Narv's name and icon by its app id.
-cp "$here/../../resources/desktop/app.narv.Narv.desktop" "$WORK/share/applications/"
+sed "s|^Exec=narv|Exec=$build/narv|" "$here/../../resources/desktop/app.narv.Narv.desktop" \
+    >"$WORK/share/applications/app.narv.Narv.desktop"
 cp -r "$here/../../resources/icons" "$WORK/share/"
 
 ok() { echo "ok: $shell: $*"; }
@@ -26,15 +27,15 @@ skip() { echo "skipped: $shell: $*"; }
 log() { cat "$XDG_CACHE_HOME"/narv/Logs/*.log 2>/dev/null || true; }
 count() { log | grep -c -- "$1" || true; }
 logged() { [[ $(count "$1") -ge ${2:-1} ]]; }
-# Waits up to $1 seconds for the command after it to succeed.
+# Waits up to $1 seconds for the command after it to succeed; counted in
+# seconds, not tries: on a busy machine one try can take a second.
 wait_for() {
-    local seconds=$1
+    local end=$((SECONDS + $1))
     shift
-    for _ in $(seq 1 $((seconds * 10))); do
-        "$@" && return 0
+    until "$@"; do
+        ((SECONDS < end)) || return 1
         sleep 0.1
     done
-    return 1
 }
 shot() { echo "screenshot: docs/screenshots/$1"; }
 # A shell without a way to take one says so.
@@ -50,6 +51,7 @@ narv_start() {
 narv_alive() { kill -0 "$pid" 2>/dev/null; }
 views_pid() { pgrep -P "$pid" -f -- "--views" | head -1; }
 no_crash() { ! logged "the window process crashed" && narv_alive; }
+done_with() { settled "$1" || ! kill -0 "$1" 2>/dev/null; }
 
 # The items the StatusNotifierWatcher holds.
 registered_items() {
@@ -57,7 +59,17 @@ registered_items() {
         org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierWatcher \
         string:RegisteredStatusNotifierItems 2>/dev/null
 }
-item_registered() { registered_items | grep -q -- "$item"; }
+# Narv registers under its connection's unique name, the owner of $item;
+# watchers list it as ":1.42/StatusNotifierItem", ":1.42@/StatusNotifierItem"
+# (GNOME's) or ":1.42".
+item_owner() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.GetNameOwner \
+        "string:$item" 2>/dev/null | awk -F'"' '/string/ { print $2 }'
+}
+item_registered() {
+    local owner
+    owner=$(item_owner) && [[ -n $owner ]] && registered_items | grep -q -- "\"$owner[/@\"]"
+}
 
 # Settings that start a break at once and keep it on the screen for a while,
 # the water reminder on all day, nothing that leaves the machine.
@@ -72,6 +84,64 @@ pref.water.interval.start=$(date -d 'today 00:00:00' +%s)
 pref.water.interval.end=$(date -d 'today 23:59:59' +%s)
 pref.water.lastShowDate=$(date +%s)
 CONF
+}
+
+# A stand-in system bus with logind on it (python-dbusmock's template)
+# holding the session "c1" as this session's: the shells lock it and read it,
+# Narv watches its LockedHint. logind_session Lock or Unlock: what logind
+# does on `loginctl lock-session` or `unlock-session`.
+standin_logind() {
+    cat >"$WORK/system-bus.conf" <<EOF
+<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>system</type>
+  <listen>unix:dir=$WORK</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow user="*"/><allow own="*"/><allow send_destination="*"/><allow receive_sender="*"/>
+  </policy>
+</busconfig>
+EOF
+    dbus-daemon --config-file="$WORK/system-bus.conf" --nofork --print-address=3 3>"$WORK/system-bus.address" &
+    wait_for 10 test -s "$WORK/system-bus.address" || fail "the stand-in system bus did not start"
+    export DBUS_SYSTEM_BUS_ADDRESS=$(head -1 "$WORK/system-bus.address") XDG_SESSION_ID=c1
+    /usr/bin/python3 -m dbusmock --system --template logind >"$WORK/logind.log" 2>&1 &
+    wait_for 20 logind_mock AddSession c1 seat0 "$(id -u)" "$(id -un)" true ||
+        fail "the stand-in logind did not start: $(tail -2 "$WORK/logind.log")"
+    # Every process here is in it, whichever way it asks.
+    logind_mock AddMethod org.freedesktop.login1.Manager GetSessionByPID u o \
+        'ret = "/org/freedesktop/login1/session/c1"'
+    logind_mock AddMethod org.freedesktop.login1.Manager GetSession s o \
+        'ret = "/org/freedesktop/login1/session/" + ("c1" if args[0] in ("auto", "self") else args[0])'
+}
+logind_mock() {
+    gdbus call --system -d org.freedesktop.login1 -o /org/freedesktop/login1 \
+        -m "org.freedesktop.DBus.Mock.$1" "${@:2}" >/dev/null 2>&1
+}
+logind_session() {
+    gdbus call --system -d org.freedesktop.login1 -o /org/freedesktop/login1/session/c1 \
+        -m "org.freedesktop.login1.Session.$1" >/dev/null
+}
+narv_status() { "$build/narv" status 2>&1; }
+counting() { [[ $(narv_status) =~ ^[0-9]+:[0-9]{2}$ ]]; }
+not_counting() { ! counting; }
+
+# A lock and unlock the shell's way: $1 locks, $2 unlocks. The countdown
+# stops while locked, and the item is still registered after.
+check_lock() {
+    wait_for 10 counting || fail "not counting before the lock: $(narv_status)"
+    $1
+    if wait_for 20 logged "screen locked" && wait_for 10 not_counting; then
+        ok "locked: the countdown stops (narv status: $(narv_status))"
+    else
+        fail "locked: $(log | grep 'screen lock' | tail -2), narv status: $(narv_status)"
+    fi
+    $2
+    wait_for 20 logged "screen unlocked" && wait_for 10 counting && ok "unlocked: the countdown goes on" ||
+        fail "unlocked: $(log | grep 'screen' | tail -2), narv status: $(narv_status)"
+    wait_for 20 item_registered && ok "the status item is registered after the unlock" ||
+        fail "the status item is gone after the unlock"
 }
 
 finish() {
@@ -137,8 +207,12 @@ check_close_by_compositor() {
     ok "$title carries the app id app.narv.Narv"
     echo "$title placed at: $(window_named "$title" | cut -d'|' -f3,4)"
     [[ -z ${3:-} ]] || { screenshot "$3" && shot "$3"; }
+    local views
+    views=$(views_pid)
     close_window "$title"
-    if wait_for 10 no_window "$title" && sleep 1 && no_crash; then
+    # The window process has handled the close once it sleeps with nothing
+    # left to read, or has ended (with no window left it does).
+    if wait_for 10 no_window "$title" && wait_for 10 done_with "$views" && no_crash; then
         ok "$title closed by the compositor, no crash"
     else
         fail "$title closed by the compositor: $(log | grep -E 'crash|error' | tail -2)"
@@ -147,25 +221,30 @@ check_close_by_compositor() {
     wait_for 20 has_window "$title" && ok "$title opens again" || fail "$title does not open again"
 }
 
-# Settings open behind the client, then closed: a second start each time.
+# Settings open behind the client, then closed: a second start each time,
+# with a launcher's activation token where the shell's script makes one
+# (launch_token).
+launch_token() { :; }
 check_second_start() {
     focus_client
     client_focused || fail "the client window did not take the focus"
-    local status=0
-    "$build/narv" >>"$WORK/narv.out" 2>&1 || status=$?
-    # Settings still open behind the client come forward only with a
-    # launcher's activation token, and nothing here is a launcher that mints one.
+    local status=0 token
+    token=$(launch_token)
+    XDG_ACTIVATION_TOKEN=$token "$build/narv" >>"$WORK/narv.out" 2>&1 || status=$?
     if [[ $status -ne 0 ]]; then
         fail "a second start exited with $status"
     elif wait_for 5 settings_focused; then
-        ok "a second start brings the open Settings to the front"
+        ok "a second start${token:+ with an activation token from the shell} brings the open Settings to the front"
+    elif [[ -n $token ]]; then
+        fail "a second start with the activation token $token leaves the open Settings behind (focus on \"$(focused_window)\")"
     else
+        # Only a launcher's token lets a window come forward on Wayland.
         skip "a second start without a launcher's activation token leaves the open Settings behind (focus on \"$(focused_window)\")"
     fi
     close_window "Settings"
     wait_for 10 no_window "Settings"
     focus_client
-    "$build/narv" >>"$WORK/narv.out" 2>&1
+    XDG_ACTIVATION_TOKEN=$(launch_token) "$build/narv" >>"$WORK/narv.out" 2>&1
     wait_for 10 settings_focused && ok "a second start brings the closed Settings back with the focus" ||
         fail "a second start after a close: the focus is on \"$(focused_window)\""
 }

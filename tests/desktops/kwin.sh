@@ -7,7 +7,17 @@
 # its own platform plugin only loads in a program of that name: a plain copy.
 mkdir -p "$WORK/bin"
 cp /usr/bin/kwin_wayland "$WORK/bin/kwin_wayland"
-"$WORK/bin/kwin_wayland" --virtual --output-count 2 --width 1280 --height 800 \
+# A left click as a pointer makes it: KWin offers its fake input protocol to
+# the programs whose desktop file asks for it.
+wayland-scanner client-header /usr/share/plasma-wayland-protocols/fake-input.xml "$WORK/fake-input-client.h"
+wayland-scanner private-code /usr/share/plasma-wayland-protocols/fake-input.xml "$WORK/fake-input.c"
+cc -o "$WORK/bin/click" -I"$WORK" "$here/click.c" "$WORK/fake-input.c" -lwayland-client
+printf '[Desktop Entry]\nType=Application\nName=click\nExec=%s\nX-KDE-Wayland-Interfaces=%s\n' \
+    "$WORK/bin/click" org_kde_kwin_fake_input >"$WORK/share/applications/click.desktop"
+# No lock after five idle minutes: this script locks when it means to.
+printf '[Daemon]\nAutolock=false\nLockOnResume=false\n' >"$XDG_CONFIG_HOME/kscreenlockerrc"
+standin_logind
+KWIN_SCREENSHOT_NO_PERMISSION_CHECKS=1 "$WORK/bin/kwin_wayland" --virtual --output-count 2 --width 1280 --height 800 \
     --socket wayland-narv >"$WORK/kwin.log" 2>&1 &
 trap 'kill $(jobs -p) 2>/dev/null' EXIT
 kwin_up() {
@@ -74,16 +84,69 @@ for (const w of workspace.clientList()) {
 close_window() {
     kwin_script "for (const w of workspace.clientList()) if (w.caption.startsWith(\"$1\")) w.closeWindow();" >/dev/null
 }
+# KWin's screenshot interface hands the pixels over a pipe; PNG written by hand
+# (this needs only python3-dbus, which comes with python-dbusmock).
+screenshot() {
+    /usr/bin/python3 - "$WORK/shots/$1" <<'PY' 2>/dev/null
+import dbus, os, struct, sys, zlib
+r, w = os.pipe()
+kwin = dbus.SessionBus().get_object("org.kde.KWin", "/org/kde/KWin/ScreenShot2")
+info = kwin.CaptureWorkspace({}, dbus.types.UnixFd(w), dbus_interface="org.kde.KWin.ScreenShot2")
+os.close(w)
+data = b"".join(iter(lambda: os.read(r, 1 << 20), b""))
+width, height, stride = int(info["width"]), int(info["height"]), int(info["stride"])
+rows = []
+for y in range(height):  # BGRA to RGBA
+    pixels = bytearray(data[y * stride:y * stride + width * 4])
+    pixels[0::4], pixels[2::4] = pixels[2::4], pixels[0::4]
+    rows.append(b"\0" + pixels)
+rows = b"".join(rows)
+chunk = lambda kind, body: struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+open(sys.argv[1], "wb").write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0))
+                              + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+PY
+}
+# Narv's icon: the first place in the system tray of the panel at the
+# bottom of the first screen, once the tray is wider than $1 (without it).
+tray_geometry() {
+    dbus-send --session --print-reply --dest=org.kde.plasmashell /PlasmaShell org.kde.PlasmaShell.evaluateScript \
+        'string:var p = panels()[0]; var g = p.widgets("org.kde.plasma.systemtray")[0].geometry;
+print(Math.round(g.x + 15) + " " + Math.round(screenGeometry(p.screen).height - p.height + g.y + g.height / 2) + " " + g.width);' \
+        2>/dev/null | awk -F'"' '/string/ { print $2 }'
+}
+tray_grown() { [[ $(tray_geometry | cut -d' ' -f3) -gt $1 ]]; }
+# A left click on the icon in the real plasmashell opens the item's menu:
+# the tray's AboutToShow and the menu's "opened" event in a bus monitor.
+check_left_click() {
+    wait_for 20 tray_grown "$1" || { fail "Narv's icon is not in Plasma's tray"; return; }
+    dbus-monitor --session "interface='org.kde.StatusNotifierItem'" "interface='com.canonical.dbusmenu'" \
+        >"$WORK/click.bus" 2>&1 &
+    local monitor=$! xy calls
+    wait_for 10 grep -q NameLost "$WORK/click.bus"
+    xy=$(tray_geometry)
+    "$WORK/bin/click" ${xy% *}
+    wait_for 10 grep -q '"opened"' "$WORK/click.bus"
+    calls=$(grep -o 'member=[A-Za-z]*' "$WORK/click.bus" | sort -u | tr '\n' ' ')
+    grep -q member=AboutToShow "$WORK/click.bus" && grep -q '"opened"' "$WORK/click.bus" &&
+        ok "a left click on the icon in Plasma's tray opens the menu ($calls)" ||
+        fail "a left click at ${xy% *} on the icon does not open the menu ($calls)"
+    kill "$monitor"
+    "$WORK/bin/click" 1920 700 # beside the menu, which closes it
+}
+kde_lock() { dbus-send --session --print-reply --dest=org.freedesktop.ScreenSaver /ScreenSaver org.freedesktop.ScreenSaver.Lock >/dev/null; }
+kde_unlock() { logind_session Unlock; }
 focus_client() {
     kwin_script 'for (const w of workspace.clientList()) if (w.caption == "Flower") workspace.activeClient = w;' >/dev/null
 }
 
+wait_for 60 tray_geometry >/dev/null || fail "plasmashell has no system tray: $(tail -3 "$WORK/plasmashell.log")"
+tray_width=$(tray_geometry | cut -d' ' -f3)
 start_client
 narv_start < <(narv_settings 0 30)
 wait_for 30 item_registered && ok "the status item is registered with kded5's watcher" ||
     fail "the status item is not registered: $(registered_items | tail -2)"
 check_idle_source ext-idle-notify-v1
-check_break
+check_break desktop-kde-break.png
 kill -TERM "$pid"
 wait "$pid"
 pid=
@@ -95,6 +158,8 @@ check_close_by_compositor "Settings" "Settings"
 check_close_by_compositor "Water Reminder" "Water ("
 check_water_toggle
 check_second_start
+check_left_click "$tray_width"
+check_lock kde_lock kde_unlock
 no_crash && ok "no crash in the whole run" || fail "$(log | grep -E 'crash' | tail -2)"
 
 finish
