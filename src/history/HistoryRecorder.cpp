@@ -115,7 +115,8 @@ void HistoryRecorder::look()
     if (!m_log)
         return;
     const Phase phase = currentPhase();
-    if (phase == m_phase)
+    // Nothing counts before the first countdown: no pause to speak of yet.
+    if (phase == m_phase || (m_phase == Phase::None && phase == Phase::Stopped))
         return;
     const qint64 now = Clock::now().toSecsSinceEpoch();
     finishPhase(now);
