@@ -9,6 +9,7 @@
 #include "app/TicktackState.h"
 #include "history/HistoryPrefs.h"
 #include "settings/PrefWaterState.h"
+#include "statusbar/StatusBarController.h"
 
 #include <QCoreApplication>
 
@@ -73,6 +74,7 @@ HistoryRecorder::~HistoryRecorder()
 void HistoryRecorder::followSetting()
 {
     const bool on = HistoryPrefs::instance()->keepHistory();
+    StatusBarController::showHistoryItem(on);
     if (on == bool(m_log))
         return;
     if (!on)

@@ -192,14 +192,14 @@ bool HistoryStore::add(const HistoryEvent &event, QString *problem)
     return false;
 }
 
-bool HistoryStore::exportCsv(const QString &path, const QDate &since, QIODevice *out,
-                             QString *error)
+bool HistoryStore::read(const QString &path, const QDate &since, QList<HistoryEvent> *events,
+                        QString *error)
 {
     if (!QFileInfo::exists(path)) {
         *error = QStringLiteral("no history at %1").arg(path);
         return false;
     }
-    const QString connection = QStringLiteral("narv-history-export");
+    const QString connection = QStringLiteral("narv-history-read");
     bool ok = false;
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
@@ -212,24 +212,18 @@ bool HistoryStore::exportCsv(const QString &path, const QDate &since, QIODevice 
             const QString ended =
                 version.toInt() >= 2 ? QStringLiteral("ended") : QStringLiteral("NULL");
             QSqlQuery query(db);
+            query.setForwardOnly(true);
             query.prepare(QStringLiteral("SELECT kind, started, seconds, planned, detail, %1, ml "
                                          "FROM events WHERE started >= ? ORDER BY started, id")
                               .arg(ended));
             query.addBindValue(since.isValid() ? since.startOfDay().toSecsSinceEpoch()
                                                : std::numeric_limits<qint64>::min());
             if (query.exec()) {
-                out->write("kind,started,seconds,planned,detail,ended,ml\n");
-                while (query.next()) {
-                    const QDateTime started =
-                        QDateTime::fromSecsSinceEpoch(query.value(1).toLongLong());
-                    const QStringList fields{
-                        csvField(query.value(0).toString()), started.toString(Qt::ISODate),
-                        query.value(2).toString(),           query.value(3).toString(),
-                        csvField(query.value(4).toString()), csvField(query.value(5).toString()),
-                        query.value(6).toString(),
-                    };
-                    out->write(fields.join(u',').toUtf8() + '\n');
-                }
+                while (query.next())
+                    events->append({query.value(0).toString(), query.value(1).toLongLong(),
+                                    query.value(2).toLongLong(), query.value(3).toLongLong(),
+                                    query.value(4).toString(), query.value(5).toString(),
+                                    query.value(6).toLongLong()});
                 ok = true;
             } else {
                 failure = query.lastError();
@@ -243,4 +237,26 @@ bool HistoryStore::exportCsv(const QString &path, const QDate &since, QIODevice 
     }
     QSqlDatabase::removeDatabase(connection);
     return ok;
+}
+
+bool HistoryStore::exportCsv(const QString &path, const QDate &since, QIODevice *out,
+                             QString *error)
+{
+    QList<HistoryEvent> events;
+    if (!read(path, since, &events, error))
+        return false;
+    out->write("kind,started,seconds,planned,detail,ended,ml\n");
+    for (const HistoryEvent &e : std::as_const(events)) {
+        const QStringList fields{
+            csvField(e.kind),
+            QDateTime::fromSecsSinceEpoch(e.started).toString(Qt::ISODate),
+            QString::number(e.seconds),
+            QString::number(e.planned),
+            csvField(e.detail),
+            csvField(e.ended),
+            QString::number(e.ml),
+        };
+        out->write(fields.join(u',').toUtf8() + '\n');
+    }
+    return true;
 }

@@ -36,6 +36,9 @@ public:
     // Writes the rows from local midnight of `since` on (all of them for a
     // null date) as CSV with a header line, oldest first. Reads only.
     static bool exportCsv(const QString &path, const QDate &since, QIODevice *out, QString *error);
+    // The same rows, for the window.
+    static bool read(const QString &path, const QDate &since, QList<HistoryEvent> *events,
+                     QString *error);
 
 private:
     QSqlDatabase database() const;
