@@ -1,16 +1,19 @@
 #!/usr/bin/env bash
-# The history as the real program keeps it, on a private session bus: with
-# "Keep a history" on, a break that runs out, a skipped long break, a pause,
-# a screen lock and a drink each leave their row, which `narv history --csv`
+# The history as the real program keeps it, on a private X server and
+# session bus. As the settings come, nothing of it: no menu item, no module,
+# no file. With "Keep a history" on, "History..." follows "Settings..." and
+# opens the window; a break that runs out, a skipped long break, a pause, a
+# screen lock and a drink each leave their row, which `narv history --csv`
 # reads back once Narv has quit. Then a damaged file (set aside, one log
 # line, a new history) and a folder that cannot be made (one log line): in
 # both, Narv goes on counting.
 #
-#   dbus-run-session -- tests/history/history.sh path/to/narv
+#   tests/history/history.sh path/to/narv
 set -euo pipefail
 narv=$(realpath "$1")
-source "$(dirname "$0")/../e2e/common.sh"
-export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen}
+here=$(cd "$(dirname "$0")" && pwd)
+source "$here/../e2e/common.sh"
+narv_on_xvfb_and_bus "$0" "$@"
 
 narv_scratch_home
 export XDG_DATA_HOME=$home/data
@@ -28,9 +31,9 @@ screensaver() {
         "boolean:$1"
 }
 start() {
-    narv_start <<'CONF'
+    narv_start <<CONF
 [General]
-pref.history.enable=true
+pref.history.enable=${1:-true}
 pref.work.time=25
 pref.break.time=2
 pref.short.break.times=2
@@ -43,8 +46,26 @@ CONF
 }
 
 start_watcher
+start false
+menu_find label '"Settings..."' >/dev/null || fail "no menu"
+! menu_find label '"History..."' >/dev/null || fail "a History item with the history off"
+run break
+wait_for 5 logged "ticktack timer start 2$" || fail "no short break"
+wait_for 15 logged "ticktack timer start 1500" 2 || fail "the break did not end by itself"
+! mapped narv_history.so || fail "the history module is loaded with the history off"
+[[ ! -e $XDG_DATA_HOME/narv && $(count "history") -eq 0 ]] || fail "a history with the history off"
+narv_stop
+rm -rf "$home/cache/narv/Logs"
+ok "as the settings come: no menu item, no module, no file, not a word in the log"
+
 start
 logged "history: recording to $db" || fail "the history is not on"
+settings_id=$(menu_find label '"Settings..."')
+[[ $(menu_find label '"History..."') -eq $((settings_id + 1)) ]] || fail "History... does not follow Settings..."
+menu_click label '"History..."'
+history_window() { [[ -n $(windows_named History --onlyvisible) ]]; }
+wait_for 15 history_window || fail "History... opened no window"
+ok "History... follows Settings... and opens the window"
 run break
 wait_for 5 logged "ticktack timer start 2$" || fail "no short break"
 # The break view ends the break when its countdown runs out.
@@ -68,6 +89,10 @@ tally() {
         grep -q "int64 250"
 }
 wait_for 5 tally || fail "the drink did not arrive"
+setting pref.history.enable false
+wait_for 5 logged "history: recording stops" || fail "switching the history off"
+no_history_item() { ! menu_find label '"History..."' >/dev/null; }
+wait_for 5 no_history_item || fail "History... stays in the menu with the history off"
 narv_stop
 
 run history --csv
