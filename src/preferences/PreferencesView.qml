@@ -101,12 +101,12 @@ Page {
                     "symbol": "drop.circle"
                 },
                 {
-                    "title": qsTranslate("Narv", "History"),
-                    "symbol": "chart.bar"
-                },
-                {
                     "title": qsTranslate("Narv", "About"),
                     "symbol": "info.circle"
+                },
+                {
+                    "title": qsTranslate("Narv", "History"),
+                    "symbol": "chart.bar"
                 }
             ]
 
@@ -171,15 +171,15 @@ Page {
             }
         }
         PrefTab {
-            PrefHistoryView {
-                objectName: "history"
+            PrefAboutView {
+                objectName: "about"
                 Layout.fillWidth: true
                 Layout.fillHeight: true
             }
         }
         PrefTab {
-            PrefAboutView {
-                objectName: "about"
+            PrefHistoryView {
+                objectName: "history"
                 Layout.fillWidth: true
                 Layout.fillHeight: true
             }
