@@ -132,6 +132,8 @@ Page {
             anchors.rightMargin: 8
 
             TabBar {
+                // The buttons share the width equally.
+                Layout.preferredWidth: 2 * Math.max(week.implicitWidth, month.implicitWidth) + spacing
                 TabButton {
                     id: week
                     objectName: "week"
@@ -140,6 +142,7 @@ Page {
                     onClicked: chart.span = 7
                 }
                 TabButton {
+                    id: month
                     objectName: "month"
                     text: qsTranslate("Narv", "30 days")
                     checked: chart.span === 30
