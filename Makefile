@@ -30,7 +30,7 @@ test-desktops: build
 
 # Builds only what the benchmark runs, not the tests.
 bench: deps $(BUILD_DIR)/build.ninja
-	cmake --build $(BUILD_DIR) --target narv bench_session bench_breakwindows bench_floor bench_floor_qt
+	cmake --build $(BUILD_DIR) --target narv bench_session bench_breakwindows bench_floor bench_floor_qt bench_history
 	bench/run $(BUILD_DIR)
 
 format:

@@ -343,5 +343,81 @@
         <source>short breaks</source>
         <translation>short breaks</translation>
     </message>
+    <message>
+        <source> (target %1 ml)</source>
+        <translation> (target %1 ml)</translation>
+    </message>
+    <message>
+        <source>30 days</source>
+        <translation>30 days</translation>
+    </message>
+    <message>
+        <source>7 days</source>
+        <translation>7 days</translation>
+    </message>
+    <message>
+        <source>Breaks taken (and skipped, above)</source>
+        <translation>Breaks taken (and skipped, above)</translation>
+    </message>
+    <message>
+        <source>Cannot write %1</source>
+        <translation>Cannot write %1</translation>
+    </message>
+    <message>
+        <source>Export CSV</source>
+        <translation>Export CSV</translation>
+    </message>
+    <message>
+        <source>For</source>
+        <translation>For</translation>
+    </message>
+    <message>
+        <source>History</source>
+        <translation>History</translation>
+    </message>
+    <message>
+        <source>Keep</source>
+        <translation>Keep</translation>
+    </message>
+    <message>
+        <source>Keep a history</source>
+        <translation>Keep a history</translation>
+    </message>
+    <message>
+        <source>Open History…</source>
+        <translation>Open History…</translation>
+    </message>
+    <message>
+        <source>Saved as %1</source>
+        <translation>Saved as %1</translation>
+    </message>
+    <message>
+        <source>Time worked</source>
+        <translation>Time worked</translation>
+    </message>
+    <message>
+        <source>Today: %1 breaks taken, %2 skipped; %3 min worked; %4 ml of water</source>
+        <translation>Today: %1 breaks taken, %2 skipped; %3 min worked; %4 ml of water</translation>
+    </message>
+    <message>
+        <source>Water (no daily target)</source>
+        <translation>Water (no daily target)</translation>
+    </message>
+    <message>
+        <source>Water against the target of %1 ml</source>
+        <translation>Water against the target of %1 ml</translation>
+    </message>
+    <message>
+        <source>breaks</source>
+        <translation>breaks</translation>
+    </message>
+    <message>
+        <source>days</source>
+        <translation>days</translation>
+    </message>
+    <message>
+        <source>of the target</source>
+        <translation>of the target</translation>
+    </message>
 </context>
 </TS>

@@ -343,5 +343,81 @@
         <source>short breaks</source>
         <translation>次短休息后</translation>
     </message>
+    <message>
+        <source> (target %1 ml)</source>
+        <translation>（目标 %1 毫升）</translation>
+    </message>
+    <message>
+        <source>30 days</source>
+        <translation>30 天</translation>
+    </message>
+    <message>
+        <source>7 days</source>
+        <translation>7 天</translation>
+    </message>
+    <message>
+        <source>Breaks taken (and skipped, above)</source>
+        <translation>已休息（上方为跳过）</translation>
+    </message>
+    <message>
+        <source>Cannot write %1</source>
+        <translation>无法写入 %1</translation>
+    </message>
+    <message>
+        <source>Export CSV</source>
+        <translation>导出 CSV</translation>
+    </message>
+    <message>
+        <source>For</source>
+        <translation>保留</translation>
+    </message>
+    <message>
+        <source>History</source>
+        <translation>历史</translation>
+    </message>
+    <message>
+        <source>Keep</source>
+        <translation>记录</translation>
+    </message>
+    <message>
+        <source>Keep a history</source>
+        <translation>保留历史记录</translation>
+    </message>
+    <message>
+        <source>Open History…</source>
+        <translation>打开历史…</translation>
+    </message>
+    <message>
+        <source>Saved as %1</source>
+        <translation>已保存为 %1</translation>
+    </message>
+    <message>
+        <source>Time worked</source>
+        <translation>工作时长</translation>
+    </message>
+    <message>
+        <source>Today: %1 breaks taken, %2 skipped; %3 min worked; %4 ml of water</source>
+        <translation>今天：休息 %1 次，跳过 %2 次；工作 %3 分钟；喝水 %4 毫升</translation>
+    </message>
+    <message>
+        <source>Water (no daily target)</source>
+        <translation>喝水（无每日目标）</translation>
+    </message>
+    <message>
+        <source>Water against the target of %1 ml</source>
+        <translation>喝水与 %1 毫升目标</translation>
+    </message>
+    <message>
+        <source>breaks</source>
+        <translation>次休息</translation>
+    </message>
+    <message>
+        <source>days</source>
+        <translation>天</translation>
+    </message>
+    <message>
+        <source>of the target</source>
+        <translation>目标占比</translation>
+    </message>
 </context>
 </TS>

@@ -10,7 +10,12 @@ class CycleEvents : public QObject {
 public:
     static CycleEvents *instance();
 
+    enum class BreakKind { Short, Long, Greeting };
+    Q_ENUM(BreakKind)
+
 Q_SIGNALS:
+    // A break is about to start its countdown (changed() follows).
+    void breakStarted(CycleEvents::BreakKind kind);
     // May come several times for one change (a countdown replacing another
     // stops the old one first): listeners coalesce.
     void changed();

@@ -5,6 +5,7 @@
 #include "app/Localized.h"
 #include "app/Log.h"
 #include "app/LoginItem.h"
+#include "history/HistoryRecorder.h"
 #include "platform/control/ControlCommand.h"
 #include "platform/control/ControlService.h"
 #include "platform/events/EventSources.h"
@@ -144,6 +145,8 @@ int QuilloApp::main(int argc, char **argv)
     EventSources::install();
     const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();
     LoginItems::setCurrent(loginItem.get());
+    // [history] after the lock source it watches, before the first work period
+    HistoryRecorder::install(&app);
 
     AppDelegate delegate;
     QTimer::singleShot(0, &app, [&delegate, &app] {

@@ -5,7 +5,7 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Narv.Preferences
 
-// The settings window's content: five tabs, each a symbol above its title.
+// The settings window's content: six tabs, each a symbol above its title.
 // Every control writes its setting the moment it changes; there is nothing to
 // apply or save. Ctrl+W closes the window.
 Page {
@@ -103,6 +103,10 @@ Page {
                 {
                     "title": qsTranslate("Narv", "About"),
                     "symbol": "info.circle"
+                },
+                {
+                    "title": qsTranslate("Narv", "History"),
+                    "symbol": "chart.bar"
                 }
             ]
 
@@ -169,6 +173,13 @@ Page {
         PrefTab {
             PrefAboutView {
                 objectName: "about"
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+            }
+        }
+        PrefTab {
+            PrefHistoryView {
+                objectName: "history"
                 Layout.fillWidth: true
                 Layout.fillHeight: true
             }

@@ -1,6 +1,7 @@
 #include "settings/PromptState.h"
 
 #include "app/AppState.h"
+#include "app/CycleEvents.h"
 #include "app/DelayedTask.h"
 #include "app/TicktackController.h"
 #include "settings/BreakStyle.h"
@@ -74,6 +75,8 @@ void PromptState::showBreak()
         setPrompt(prompts.isEmpty() ? pref->breakPrompt() : randomElement(prompts));
     }
 
+    Q_EMIT CycleEvents::instance()->breakStarted(
+        m_shortBreakTimes != 0 ? CycleEvents::BreakKind::Short : CycleEvents::BreakKind::Long);
     TicktackController::startBreak(duration);
 }
 
@@ -84,6 +87,7 @@ void PromptState::showNewDay()
     setPrompt(prompts.isEmpty() ? fallbackNewDayGreeting() : randomElement(prompts));
     setShowSkipButton(false);
     WindowController::showBreak();
+    Q_EMIT CycleEvents::instance()->breakStarted(CycleEvents::BreakKind::Greeting);
     TicktackController::startBreak(10);
 }
 

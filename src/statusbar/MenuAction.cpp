@@ -31,6 +31,11 @@ void MenuAction::didClickSettings(Sender)
     WindowController::showPrefView();
 }
 
+void MenuAction::didClickHistory(Sender)
+{
+    WindowController::showHistory();
+}
+
 void MenuAction::didClickUpdates(Sender)
 {
     WindowController::showUpdater();

@@ -26,6 +26,7 @@ using Sender = const StatusBarController::MenuItem *;
 void didClickPause(Sender sender);
 void didClickWater(Sender sender);
 void didClickSettings(Sender sender);
+void didClickHistory(Sender sender);
 void didClickUpdates(Sender sender);
 // A draft to the feedback address with the program's facts and today's log.
 void didClickFeedback(Sender sender);

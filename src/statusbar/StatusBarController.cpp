@@ -42,6 +42,7 @@ struct Item {
     QList<MenuItem> menu;
     int lastId = 0;
     WaterSource water;
+    bool historyShown = false; // "History..." after "Settings..."
 };
 
 Item &state()
@@ -139,6 +140,22 @@ MenuItem waterItem()
                     MenuAction::didClickWater, int(Tag::water));
 }
 
+MenuItem historyItem()
+{
+    return makeItem(NARV_TR("History") + QStringLiteral("..."), QString(), QString(),
+                    MenuAction::didClickHistory);
+}
+
+int indexOfAction(MenuActionHandler action)
+{
+    const QList<MenuItem> &items = menu();
+    for (int i = 0; i < items.size(); ++i) {
+        if (items.at(i).action == action)
+            return i;
+    }
+    return -1;
+}
+
 int indexOfTag(Tag tag)
 {
     const QList<MenuItem> &items = menu();
@@ -166,6 +183,8 @@ void build()
     // The "..." goes on after the lookup, so translations carry no dots.
     menu.append(makeItem(NARV_TR("Settings") + dots, QStringLiteral("gearshape.circle"),
                          QStringLiteral(","), MenuAction::didClickSettings));
+    if (s.historyShown)
+        menu.append(historyItem());
     menu.append(separator());
     menu.append(makeItem(NARV_TR("Check for Updates") + dots,
                          QStringLiteral("arrow.counterclockwise.icloud"), QString(),
@@ -285,6 +304,23 @@ void StatusBarController::insetWaterItem()
     state().menu.insert(int(Tag::water), waterItem());
     if (state().backend)
         state().backend->menuLayoutChanged();
+}
+
+void StatusBarController::showHistoryItem(bool shown)
+{
+    Item &s = state();
+    s.historyShown = shown;
+    if (!s.menuBuilt)
+        return;
+    const int index = indexOfAction(MenuAction::didClickHistory);
+    if (shown == (index >= 0))
+        return;
+    if (shown)
+        s.menu.insert(indexOfAction(MenuAction::didClickSettings) + 1, historyItem());
+    else
+        s.menu.removeAt(index);
+    if (s.backend)
+        s.backend->menuLayoutChanged();
 }
 
 void StatusBarController::removeWaterItem()

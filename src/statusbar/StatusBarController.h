@@ -81,6 +81,8 @@ bool activate(int id);
 void insetWaterItem();
 // Takes the water item out if it is there.
 void removeWaterItem();
+// "History..." right after "Settings...", while the history is kept.
+void showHistoryItem(bool shown);
 // Recomputes the water item's title if it is there.
 void updateWaterItem();
 // "Water (45% )" inside working hours (the space before the parenthesis is

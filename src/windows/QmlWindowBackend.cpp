@@ -27,6 +27,7 @@ void qml_register_types_Narv_Windows();
 void qml_register_types_Narv_Water();
 // And for the settings window's, Narv.Preferences.
 void qml_register_types_Narv_Preferences();
+void qml_register_types_Narv_History();
 
 namespace {
 
@@ -183,6 +184,7 @@ void QmlWindowBackend::releaseWindows()
     delete m_about;
     delete m_water;
     delete m_preferences;
+    delete m_history;
     m_engine.reset();
 }
 
@@ -214,6 +216,8 @@ std::unique_ptr<QQmlEngine> QmlWindowBackend::makeEngine()
     Q_UNUSED(keepWaterRegistration);
     volatile auto keepPreferencesRegistration = &qml_register_types_Narv_Preferences;
     Q_UNUSED(keepPreferencesRegistration);
+    volatile auto keepHistoryRegistration = &qml_register_types_Narv_History;
+    Q_UNUSED(keepHistoryRegistration);
     // Qt Quick's software renderer: a break screen is text on a plain
     // background, and loading the OpenGL stack would multiply what the program
     // keeps resident for the rest of its life (see bench/results.md). Qt's own
@@ -434,6 +438,33 @@ void QmlWindowBackend::showPrefView()
     window->show();
     window->raise();
     window->requestActivate();
+}
+
+void QmlWindowBackend::showHistory()
+{
+    if (!m_history) {
+        m_history = new QQuickView(ensureEngine(), nullptr);
+        m_history->setTitle(NARV_TR("History"));
+        m_history->setFlags(Qt::Window);
+        m_history->setColor(QGuiApplication::palette().color(QPalette::Window));
+        m_history->setResizeMode(QQuickView::SizeRootObjectToView);
+        m_history->setSource(QUrl(QStringLiteral("qrc:/Narv/History/HistoryView.qml")));
+        releaseWhenHidden(m_history);
+        closeLikeItsOwn(m_history, [window = m_history.data()] { window->hide(); });
+        for (const QQmlError &error : m_history->errors())
+            LOG_ERROR(QStringLiteral("HistoryView.qml: %1").arg(error.toString()));
+        const QSize size = m_history->initialSize().expandedTo(QSize(480, 420));
+        m_history->setMinimumSize(QSize(420, 380));
+        m_history->resize(size);
+        if (QScreen *screen = QGuiApplication::primaryScreen()) {
+            const QRect area = screen->availableGeometry();
+            m_history->setPosition(area.center() - QPoint(size.width() / 2, size.height() / 2));
+        }
+    }
+    LOG_INFO(QStringLiteral("show history"));
+    m_history->show();
+    m_history->raise();
+    m_history->requestActivate();
 }
 
 QQuickView *QmlWindowBackend::waterWindow()

@@ -32,6 +32,7 @@ public:
     void closeBreak() override;
     void showAbout() override;
     void showPrefView() override;
+    void showHistory() override;
     void showWaterView() override;
     void closeWaterView() override;
     bool isWaterViewVisible() const override;
@@ -76,4 +77,5 @@ private:
     QPointer<QQuickView> m_about;
     QPointer<QQuickView> m_water;
     QPointer<QQuickView> m_preferences;
+    QPointer<QQuickView> m_history;
 };

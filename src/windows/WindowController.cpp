@@ -72,6 +72,12 @@ void WindowController::showAbout()
         slot()->showAbout();
 }
 
+void WindowController::showHistory()
+{
+    if (haveBackend())
+        slot()->showHistory();
+}
+
 void WindowController::showPrefView()
 {
     if (haveBackend())

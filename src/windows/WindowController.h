@@ -15,6 +15,7 @@ public:
     virtual void closeBreak() = 0;
     virtual void showAbout() = 0;
     virtual void showPrefView() = 0;
+    virtual void showHistory() {}
     // The water panel; backends without one keep the defaults.
     virtual void showWaterView() {}
     virtual void closeWaterView() {}
@@ -38,6 +39,7 @@ void showBreak();
 void closeBreak();
 void showAbout();
 void showPrefView();
+void showHistory();
 void showWaterView();
 void closeWaterView();
 void toggleWaterView();

@@ -2,6 +2,7 @@
 
 #include "app/AppInfo.h"
 #include "app/TicktackController.h"
+#include "history/HistoryCommand.h"
 #include "platform/control/ControlService.h"
 #include "platform/instance/SingleInstance.h"
 
@@ -36,6 +37,9 @@ const char usageText[] =
     "  skip                        end the break (not a forced one)\n"
     "  break                       start the next break now\n"
     "  settings                    open the settings\n"
+    "  history --csv [--since YYYY-MM-DD]\n"
+    "                              the recorded history as CSV (from that day on);\n"
+    "                              reads the file, needs no running Narv\n"
     "  --help                      this text\n"
     "  --version                   the version\n";
 
@@ -314,6 +318,9 @@ int ControlCommand::run(int argc, char **argv)
         }
         return withBus(argc, argv, [=] { return status(json, follow); });
     }
+
+    if (name == QLatin1String("history"))
+        return HistoryCommand::run(options);
 
     static const QHash<QString, QString> methods{
         {QStringLiteral("pause"), QStringLiteral("Pause")},

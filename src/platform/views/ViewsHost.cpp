@@ -61,6 +61,8 @@ void ViewsHost::onReceived(const QVariantList &message)
         m_windows.closeBreak();
     } else if (name == QLatin1String("showAbout")) {
         m_windows.showAbout();
+    } else if (name == QLatin1String("showHistory")) {
+        m_windows.showHistory();
     } else if (name == QLatin1String("showPrefView")) {
         // Taken by Qt's Wayland platform when the window is activated.
         if (!value.toString().isEmpty())

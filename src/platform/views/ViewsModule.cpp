@@ -46,6 +46,11 @@ public:
         if (WindowBackend *backend = load())
             backend->showPrefView();
     }
+    void showHistory() override
+    {
+        if (WindowBackend *backend = load())
+            backend->showHistory();
+    }
     void showWaterView() override
     {
         if (WindowBackend *backend = load())

@@ -164,6 +164,11 @@ void ViewsProcess::showAbout()
     command({QStringLiteral("showAbout")});
 }
 
+void ViewsProcess::showHistory()
+{
+    command({QStringLiteral("showHistory")});
+}
+
 void ViewsProcess::showPrefView()
 {
     // The activation token of a second start (SingleInstance) belongs to the

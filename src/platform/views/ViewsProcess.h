@@ -45,6 +45,7 @@ public:
     void closeBreak() override;
     void showAbout() override;
     void showPrefView() override;
+    void showHistory() override;
     void showWaterView() override;
     void closeWaterView() override;
     bool isWaterViewVisible() const override;

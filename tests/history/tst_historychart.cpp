@@ -1,0 +1,130 @@
+// The history window's figures from a real history file: days without rows,
+// a water target of 0, a break on either side of midnight, and the window
+// moving on to a new day. Then the window itself, loaded as the program loads it.
+#include "TestSupport.h"
+
+#include "app/AppState.h"
+#include "app/Clock.h"
+#include "history/HistoryChart.h"
+#include "history/HistoryStore.h"
+#include "settings/PrefWaterState.h"
+
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QTest>
+
+void qml_register_types_Narv_History();
+
+namespace {
+const QDate today(2026, 3, 10);
+
+qint64 at(const QDate &date, int h, int m, int s = 0)
+{
+    return QDateTime(date, QTime(h, m, s)).toSecsSinceEpoch();
+}
+
+HistoryEvent breakEnded(qint64 started, const char *ended, const char *kind = "short")
+{
+    return {QStringLiteral("break"), started, 60, 60, QLatin1String(kind), QLatin1String(ended), 0};
+}
+} // namespace
+
+class TestHistoryChart : public QObject {
+    Q_OBJECT
+    TestSupport::ScratchHome m_home;
+    QString m_path = m_home.path() + QStringLiteral("/history.sqlite");
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        Clock::setNowSource([] { return QDateTime(today, QTime(12, 0)); });
+        HistoryStore store(QStringLiteral("w"));
+        QString problem;
+        QVERIFY(store.open(m_path, 365, at(today, 12, 0), &problem));
+        const QDate yesterday = today.addDays(-1);
+        for (const HistoryEvent &event : {
+                 breakEnded(at(yesterday, 23, 59, 30), "countdown"),
+                 breakEnded(at(today, 0, 0, 10), "skip"),
+                 breakEnded(at(today, 7, 0), "countdown", "greeting"),
+                 breakEnded(at(today, 8, 0), "pause"),
+                 HistoryEvent{QStringLiteral("work"), at(yesterday, 9, 0), 1500, 0, {}, {}, 0},
+                 HistoryEvent{QStringLiteral("work"), at(yesterday, 10, 0), 1500, 0, {}, {}, 0},
+                 HistoryEvent{QStringLiteral("drink"), at(today, 9, 0), 0, 0, {}, {}, 300},
+                 HistoryEvent{
+                     QStringLiteral("drink"), at(today.addDays(-9), 9, 0), 0, 0, {}, {}, 900},
+             })
+            QVERIFY(store.add(event, &problem));
+    }
+
+    void daysAroundMidnight()
+    {
+        AppState::waterState()->setTarget(0);
+        HistoryChart chart;
+        chart.setFilePath(m_path);
+        chart.refresh();
+        QCOMPARE(chart.problem(), QString());
+        const QVariantList days = chart.days();
+        QCOMPARE(days.size(), 7);
+        QCOMPARE(days.first().toMap().value("date").toDate(), today.addDays(-6));
+        for (int i = 0; i < 5; ++i) {
+            const QVariantMap empty = days.at(i).toMap();
+            QCOMPARE(empty.value("taken").toInt() + empty.value("skipped").toInt() +
+                         empty.value("worked").toInt() + empty.value("water").toInt(),
+                     0);
+        }
+        const QVariantMap before = days.at(5).toMap();
+        QCOMPARE(before.value("taken").toInt(), 1);
+        QCOMPARE(before.value("skipped").toInt(), 0);
+        QCOMPARE(before.value("worked").toInt(), 50);
+        // The greeting and the break a pause ended count neither way.
+        const QVariantMap now = chart.today();
+        QCOMPARE(now.value("taken").toInt(), 0);
+        QCOMPARE(now.value("skipped").toInt(), 1);
+        QCOMPARE(now.value("water").toInt(), 300);
+        QCOMPARE(now.value("waterShare").toDouble(), 0.0);
+        QCOMPARE(chart.mostBreaks(), 1);
+        QCOMPARE(chart.mostWorked(), 50);
+
+        AppState::waterState()->setTarget(200);
+        chart.setSpan(30);
+        QCOMPARE(chart.days().size(), 30);
+        QCOMPARE(chart.today().value("waterShare").toDouble(), 1.0);
+        QCOMPARE(chart.days().at(20).toMap().value("water").toInt(), 900);
+
+        // Past midnight, today is a new, empty day and yesterday holds today's rows.
+        Clock::setNowSource([] { return QDateTime(today.addDays(1), QTime(0, 0, 5)); });
+        chart.refresh();
+        QCOMPARE(chart.today().value("date").toDate(), today.addDays(1));
+        QCOMPARE(chart.today().value("skipped").toInt(), 0);
+        QCOMPARE(chart.days().at(28).toMap().value("skipped").toInt(), 1);
+        Clock::setNowSource([] { return QDateTime(today, QTime(12, 0)); });
+
+        chart.setFilePath(m_home.path() + QStringLiteral("/none.sqlite"));
+        chart.refresh();
+        QVERIFY(chart.problem().startsWith(QLatin1String("no history at")));
+        QCOMPARE(chart.mostBreaks(), 0);
+    }
+
+    void windowShowsToday()
+    {
+        qml_register_types_Narv_History();
+        AppState::waterState()->setTarget(600);
+        QDir().mkpath(m_home.path() + QStringLiteral("/data/narv"));
+        QFile::copy(m_path, m_home.path() + QStringLiteral("/data/narv/history.sqlite"));
+        qputenv("XDG_DATA_HOME", (m_home.path() + QStringLiteral("/data")).toUtf8());
+        QQmlEngine engine;
+        engine.addImportPath(QStringLiteral("qrc:/"));
+        QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/Narv/History/HistoryView.qml")));
+        std::unique_ptr<QObject> view(component.create());
+        QVERIFY2(view, qPrintable(component.errorString()));
+        auto *today = view->findChild<QObject *>(QStringLiteral("today"));
+        QVERIFY(today);
+        QCOMPARE(today->property("text").toString(),
+                 QStringLiteral("Today: 0 breaks taken, 1 skipped; 0 min worked; 300 ml of water "
+                                "(target 600 ml)"));
+    }
+};
+
+QTEST_MAIN(TestHistoryChart)
+#include "tst_historychart.moc"
