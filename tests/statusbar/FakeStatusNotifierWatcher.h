@@ -47,6 +47,8 @@ public:
     QStringList registrations() const { return m_registrations; }
     // The next n registrations are answered and neither listed nor signalled.
     void dropRegistrations(int n) { m_drop = n; }
+    // List and announce items as GNOME's AppIndicator extension does: "<bus name>@<path>".
+    void listLikeGnome() { m_gnome = true; }
     // The unique bus name of whoever made the last registration.
     QString lastSender() const { return m_lastSender; }
 
@@ -65,9 +67,11 @@ public Q_SLOTS:
         m_registrations.append(item);
         if (m_drop > 0 && m_drop--)
             return;
-        if (!m_listed.contains(item))
-            m_listed.append(item);
-        Q_EMIT StatusNotifierItemRegistered(item);
+        const QString listed =
+            m_gnome ? QString(item).replace(item.indexOf(u'/'), 1, QStringLiteral("@/")) : item;
+        if (!m_listed.contains(listed))
+            m_listed.append(listed);
+        Q_EMIT StatusNotifierItemRegistered(listed);
     }
     Q_SCRIPTABLE void RegisterStatusNotifierHost(const QString &) {}
 
@@ -82,5 +86,6 @@ private:
     QStringList m_registrations;
     QStringList m_listed;
     int m_drop = 0;
+    bool m_gnome = false;
     QString m_lastSender;
 };

@@ -201,9 +201,10 @@ void StatusNotifierItem::checkListed()
 
 void StatusNotifierItem::onItemRegistered(const QString &item)
 {
-    // "<bus name>/<path>", or the bus name alone.
+    // "<bus name>/<path>", GNOME's "<bus name>@<path>", or the bus name alone.
     const QString service = m_connection.baseService();
-    if (m_listed || !(item == service || item.startsWith(service + u'/')))
+    if (m_listed ||
+        !(item == service || item.startsWith(service + u'/') || item.startsWith(service + u'@')))
         return;
     m_listed = true;
     m_confirm.stop();
