@@ -1,12 +1,12 @@
 #include "settings/PromptState.h"
 
 #include "app/AppState.h"
+#include "app/CycleEvents.h"
 #include "app/DelayedTask.h"
 #include "app/TicktackController.h"
 #include "settings/BreakStyle.h"
 #include "settings/PrefState.h"
 #include "settings/PrefStyleState.h"
-#include "windows/WindowController.h"
 
 #include <QRandomGenerator>
 
@@ -56,7 +56,7 @@ void PromptState::showBreak()
     if (DelayedTask *idle = AppState::mouseMoveEventItem())
         idle->cancel();
 
-    WindowController::showBreak();
+    Q_EMIT CycleEvents::instance()->breakStarted();
 
     qint64 duration = pref->breakTime(); // seconds
     if (m_shortBreakTimes != 0) {
@@ -83,13 +83,13 @@ void PromptState::showNewDay()
         BreakStyles::newDayPrompts(AppState::prefState()->styleState()->breakStyle());
     setPrompt(prompts.isEmpty() ? fallbackNewDayGreeting() : randomElement(prompts));
     setShowSkipButton(false);
-    WindowController::showBreak();
+    Q_EMIT CycleEvents::instance()->breakStarted();
     TicktackController::startBreak(10);
 }
 
 void PromptState::closePrompt()
 {
-    WindowController::closeBreak();
+    Q_EMIT CycleEvents::instance()->breakEnded();
     AppState::restartWork();
 }
 

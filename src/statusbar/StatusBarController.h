@@ -93,7 +93,7 @@ QString waterTitle();
 
 // Sets the title from the countdown at once; never starts a break.
 void showTime(bool show);
-// Called whenever AppState::working is assigned.
+// The start/stop item's icon and label; set whenever AppState::working is assigned.
 void setPauseItem(const QString &image, const QString &title);
 
 QString title();

@@ -1,6 +1,6 @@
-#include "app/QuilloApp.h"
+#include "QuilloApp.h"
 
-#include "app/AppDelegate.h"
+#include "AppDelegate.h"
 #include "app/AppInfo.h"
 #include "app/Localized.h"
 #include "app/Log.h"
