@@ -4,7 +4,6 @@
 #include "app/AppInfo.h"
 #include "app/Localized.h"
 #include "app/Log.h"
-#include "app/LoginItem.h"
 #include "platform/control/ControlCommand.h"
 #include "platform/control/ControlService.h"
 #include "platform/events/EventSources.h"
@@ -16,6 +15,7 @@
 #include "platform/update/UpdateCheck.h"
 #include "platform/views/ViewsModule.h"
 #include "platform/views/ViewsProcess.h"
+#include "services/LoginItem.h"
 #include "windows/WindowController.h"
 
 #include <QCoreApplication>

@@ -2,7 +2,7 @@
 
 #include "app/Clock.h"
 #include "app/Log.h"
-#include "app/LoginItem.h"
+#include "services/LoginItem.h"
 #include "settings/DateText.h"
 #include "settings/PrefStyleState.h"
 #include "settings/PreferencesStore.h"

@@ -7,9 +7,9 @@
 
 #include "app/AppState.h"
 #include "app/Clock.h"
-#include "app/LoginItem.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
+#include "services/LoginItem.h"
 #include "settings/BreakStyle.h"
 #include "settings/DateText.h"
 #include "settings/PrefState.h"
