@@ -1,4 +1,4 @@
-#include "app/QuilloApp.h"
+#include "QuilloApp.h"
 
 int main(int argc, char **argv)
 {

@@ -1,15 +1,13 @@
 #include "app/AppState.h"
 
+#include "app/CycleEvents.h"
 #include "app/DelayedTask.h"
-#include "app/Localized.h"
-#include "app/RemoteCalls.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "settings/PrefState.h"
 #include "settings/PrefWaterState.h"
 #include "settings/PreferencesStore.h"
 #include "settings/PromptState.h"
-#include "statusbar/StatusBarController.h"
 
 #include <QPointer>
 
@@ -20,22 +18,15 @@ QPointer<DelayedTask> g_mouseMoveEventItem;
 
 void workingChanged()
 {
-    QString image;
-    QString title;
     if (g_working) {
         qint64 seconds = 0;
         if (__builtin_mul_overflow(AppState::prefState()->workTime(), qint64(60), &seconds))
             qFatal("Fatal error: Arithmetic overflow converting pref.work.time to seconds");
         TicktackController::work(seconds);
-        image = QStringLiteral("stop.circle");
-        title = QStringLiteral("- ") + NARV_TR("Stop") + QStringLiteral(" -");
     } else {
         TicktackController::stop();
-        image = QStringLiteral("play.circle");
-        // "Wrok" is the key in the translation tables, which read it as "Work".
-        title = QStringLiteral("- ") + NARV_TR("Wrok") + QStringLiteral(" -");
     }
-    StatusBarController::setPauseItem(image, title);
+    Q_EMIT CycleEvents::instance()->workingAssigned(g_working);
 }
 } // namespace
 
@@ -63,9 +54,6 @@ void AppState::setManualPause(bool value)
 
 void AppState::restartWork()
 {
-    // Whether the user paused is known only where the countdown runs.
-    if (RemoteCalls::forward("restartWork"))
-        return;
     if (!g_manualPause)
         setWorking(true);
 }
@@ -84,7 +72,11 @@ void AppState::setMouseMoveEventItem(DelayedTask *task)
 
 PrefState *AppState::prefState()
 {
-    static PrefState *state = new PrefState(PreferencesStore::instance());
+    static PrefState *state = [] {
+        auto *pref = new PrefState(PreferencesStore::instance());
+        QObject::connect(pref, &PrefState::workTimeSet, pref, &AppState::restartWork);
+        return pref;
+    }();
     return state;
 }
 

@@ -1,4 +1,4 @@
-#include "app/LoginItem.h"
+#include "services/LoginItem.h"
 
 namespace {
 LoginItem *&slot()

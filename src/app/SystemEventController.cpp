@@ -1,11 +1,11 @@
 #include "app/SystemEventController.h"
 
 #include "app/AppState.h"
+#include "app/CycleEvents.h"
 #include "app/DelayedTask.h"
 #include "app/Log.h"
 #include "settings/PrefState.h"
 #include "settings/PromptState.h"
-#include "windows/WindowController.h"
 
 namespace {
 
@@ -144,7 +144,7 @@ void SystemEventActions::didLockScreenShow()
         pref->updateWeakupTimestamp();
     if (pref->restartTimerAfterAwake()) {
         AppState::setWorking(false);
-        WindowController::closeBreak();
+        Q_EMIT CycleEvents::instance()->breakEnded();
     }
 }
 
@@ -170,7 +170,7 @@ void SystemEventActions::didLockScreenDismiss()
     // The water reminder's new day does not depend on the greeting.
     const WaterUnlockHook &water = waterHook();
     if (water.enable && water.isNewDay && water.enable() && water.isNewDay()) {
-        WindowController::closeWaterView();
+        Q_EMIT CycleEvents::instance()->waterDayRestarted();
         if (water.reset)
             water.reset();
         if (water.schedule)

@@ -1,41 +1,12 @@
 #pragma once
 
+#include "services/InputActivitySource.h"
+#include "services/ScreenLockSource.h"
+
 #include <QObject>
 
 #include <functional>
 #include <memory>
-
-// Where a screen lock comes from. The desktop's own signals are merged behind
-// this: one lock gives one locked(), one unlock one unlocked(), whichever
-// services report it and however often.
-class ScreenLockSource : public QObject {
-    Q_OBJECT
-public:
-    using QObject::QObject;
-    // Begins listening. Reports why in the log when the session has nothing to
-    // listen to; the program then simply never sees a lock.
-    virtual void start() = 0;
-
-Q_SIGNALS:
-    void locked();
-    void unlocked();
-};
-
-// Mouse and modifier-key activity anywhere on the desktop: motion, presses and
-// releases of the left and right buttons, presses and releases of modifier
-// keys. Ordinary keys, the wheel and other buttons are not activity. Sources
-// that cannot tell them apart report what they can (see the README).
-class InputActivitySource : public QObject {
-    Q_OBJECT
-public:
-    using QObject::QObject;
-    // Begins watching; false (after logging why) when that is not possible.
-    virtual bool start() = 0;
-
-Q_SIGNALS:
-    // Can come hundreds of times a second; whoever listens must be cheap.
-    void activity();
-};
 
 // The water reminder's part of an unlock. Its settings object installs these
 // when it exists; until then an unlock leaves the water reminder alone.

@@ -1,6 +1,6 @@
 #include "history/HistoryCommand.h"
 
-#include "app/Module.h"
+#include "Module.h"
 #include "history/HistoryLog.h"
 
 #include <QFile>

@@ -3,7 +3,7 @@
 #include "app/AppState.h"
 #include "app/Clock.h"
 #include "app/Log.h"
-#include "app/Module.h"
+#include "Module.h"
 #include "app/SystemEventController.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"

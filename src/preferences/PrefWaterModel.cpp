@@ -2,7 +2,7 @@
 
 #include "app/Log.h"
 #include "settings/PrefWaterState.h"
-#include "statusbar/StatusBarController.h"
+#include "windows/CountdownCommand.h"
 #include "windows/WindowController.h"
 
 PrefWaterModel::PrefWaterModel(QObject *parent) : QObject(parent)
@@ -115,12 +115,12 @@ void PrefWaterModel::onEnableChanged()
         return;
     m_enable = enable;
     if (enable) {
-        StatusBarController::insetWaterItem();
-        m_waterState->schedule();
+        CountdownCommands::send(CountdownCommand::showWaterItem);
+        CountdownCommands::send(CountdownCommand::scheduleWater);
     } else {
-        StatusBarController::removeWaterItem();
+        CountdownCommands::send(CountdownCommand::hideWaterItem);
         WindowController::closeWaterView();
-        m_waterState->cancel();
+        CountdownCommands::send(CountdownCommand::cancelWater);
     }
 }
 
@@ -146,9 +146,7 @@ void PrefWaterModel::updateSchedule()
                      LogSource{"PrefWaterView", "updateSchedule()", 129});
         return;
     }
-    StatusBarController::updateWaterItem();
-    if (m_waterState->inWorkTime())
-        m_waterState->schedule();
-    else
-        m_waterState->cancel();
+    // The status menu's water item follows the hours by itself.
+    CountdownCommands::send(m_waterState->inWorkTime() ? CountdownCommand::scheduleWater
+                                                       : CountdownCommand::cancelWater);
 }

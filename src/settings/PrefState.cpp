@@ -1,13 +1,11 @@
 #include "settings/PrefState.h"
 
-#include "app/AppState.h"
 #include "app/Clock.h"
 #include "app/Log.h"
-#include "app/LoginItem.h"
+#include "services/LoginItem.h"
 #include "settings/DateText.h"
 #include "settings/PrefStyleState.h"
 #include "settings/PreferencesStore.h"
-#include "statusbar/StatusBarController.h"
 
 #include <QHash>
 
@@ -22,7 +20,7 @@ QString key(const char *k)
 
 QString PrefState::defaultBreakPrompt()
 {
-    return QStringLiteral("堂堂七尺少年郎, 躺上一躺又何妨");
+    return QString::fromUtf8(Settings::entry(Setting::breakPrompt).textByDefault);
 }
 
 PrefState::PrefState(PreferencesStore &store, QObject *parent)
@@ -56,7 +54,7 @@ void PrefState::onStoreChanged(const QString &changedKey)
 
 bool PrefState::launchAtLogin() const
 {
-    return m_store.boolValue(key(launchAtLoginKey), false);
+    return m_store.boolValue(Setting::launchAtLogin);
 }
 
 void PrefState::setLaunchAtLogin(bool value)
@@ -72,18 +70,18 @@ void PrefState::setLaunchAtLogin(bool value)
 
 bool PrefState::showTime() const
 {
-    return m_store.boolValue(key(showTimeKey), true);
+    return m_store.boolValue(Setting::showTime);
 }
 
 void PrefState::setShowTime(bool value)
 {
+    // The status item follows showTimeChanged, in whichever process wrote it.
     m_store.setBool(key(showTimeKey), value);
-    StatusBarController::showTime(value);
 }
 
 bool PrefState::autoCheckUpdate() const
 {
-    return m_store.boolValue(key(autoCheckUpdateKey), true);
+    return m_store.boolValue(Setting::autoCheckUpdate);
 }
 
 void PrefState::setAutoCheckUpdate(bool value)
@@ -93,18 +91,18 @@ void PrefState::setAutoCheckUpdate(bool value)
 
 qint64 PrefState::workTime() const
 {
-    return m_store.intValue(key(workTimeKey), 25);
+    return m_store.intValue(Setting::workTime);
 }
 
 void PrefState::setWorkTime(qint64 value)
 {
     m_store.setInt(key(workTimeKey), value);
-    AppState::restartWork();
+    Q_EMIT workTimeSet();
 }
 
 qint64 PrefState::breakTime() const
 {
-    return m_store.intValue(key(breakTimeKey), 300);
+    return m_store.intValue(Setting::breakTime);
 }
 
 void PrefState::setBreakTime(qint64 value)
@@ -114,7 +112,7 @@ void PrefState::setBreakTime(qint64 value)
 
 bool PrefState::customBreakPrompt() const
 {
-    return m_store.boolValue(key(customBreakPromptKey), false);
+    return m_store.boolValue(Setting::customBreakPrompt);
 }
 
 void PrefState::setCustomBreakPrompt(bool value)
@@ -124,7 +122,7 @@ void PrefState::setCustomBreakPrompt(bool value)
 
 QString PrefState::breakPrompt() const
 {
-    return m_store.stringValue(key(breakPromptKey), defaultBreakPrompt());
+    return m_store.stringValue(Setting::breakPrompt);
 }
 
 void PrefState::setBreakPrompt(const QString &value)
@@ -134,7 +132,7 @@ void PrefState::setBreakPrompt(const QString &value)
 
 qint64 PrefState::shortBreakTimes() const
 {
-    return m_store.intValue(key(shortBreakTimesKey), 4);
+    return m_store.intValue(Setting::shortBreakTimes);
 }
 
 void PrefState::setShortBreakTimes(qint64 value)
@@ -144,7 +142,7 @@ void PrefState::setShortBreakTimes(qint64 value)
 
 qint64 PrefState::longBreakTime() const
 {
-    return m_store.intValue(key(longBreakTimeKey), 15);
+    return m_store.intValue(Setting::longBreakTime);
 }
 
 void PrefState::setLongBreakTime(qint64 value)
@@ -154,7 +152,7 @@ void PrefState::setLongBreakTime(qint64 value)
 
 bool PrefState::forceLongBreak() const
 {
-    return m_store.boolValue(key(forceLongBreakKey), false);
+    return m_store.boolValue(Setting::forceLongBreak);
 }
 
 void PrefState::setForceLongBreak(bool value)
@@ -164,7 +162,7 @@ void PrefState::setForceLongBreak(bool value)
 
 bool PrefState::restartTimerAfterAwake() const
 {
-    return m_store.boolValue(key(restartTimerAfterAwakeKey), true);
+    return m_store.boolValue(Setting::restartTimerAfterAwake);
 }
 
 void PrefState::setRestartTimerAfterAwake(bool value)
@@ -174,7 +172,7 @@ void PrefState::setRestartTimerAfterAwake(bool value)
 
 bool PrefState::stopTimerAfterMouseStop() const
 {
-    return m_store.boolValue(key(stopTimerAfterMouseStopKey), true);
+    return m_store.boolValue(Setting::stopTimerAfterMouseStop);
 }
 
 void PrefState::setStopTimerAfterMouseStop(bool value)
@@ -184,7 +182,7 @@ void PrefState::setStopTimerAfterMouseStop(bool value)
 
 bool PrefState::showNewDayTip() const
 {
-    return m_store.boolValue(key(showNewDayTipKey), false);
+    return m_store.boolValue(Setting::showNewDayTip);
 }
 
 void PrefState::setShowNewDayTip(bool value)
@@ -194,7 +192,7 @@ void PrefState::setShowNewDayTip(bool value)
 
 double PrefState::lastWeakupTimestamp() const
 {
-    const double seconds = m_store.doubleValue(key(lastWeakupTimestampKey), 0.0);
+    const double seconds = m_store.doubleValue(Setting::lastWeakupTimestamp);
     if (DateText::isMoment(seconds))
         return seconds;
     LOG_WARNING(QStringLiteral("settings: \"%1\" holds %2, which is no moment in time; "

@@ -4,6 +4,7 @@
 #include <QString>
 
 #include "settings/PrefStyleState.h"
+#include "settings/Settings.h"
 
 class PreferencesStore;
 
@@ -39,21 +40,25 @@ class PrefState : public QObject {
     Q_PROPERTY(PrefStyleState *styleState READ styleState CONSTANT)
 
 public:
-    // Keys in the settings file.
-    static constexpr const char *launchAtLoginKey = "launch_at_login";
-    static constexpr const char *showTimeKey = "show_time_in_status_bar";
-    static constexpr const char *autoCheckUpdateKey = "auto_check_update";
-    static constexpr const char *workTimeKey = "pref.work.time";
-    static constexpr const char *breakTimeKey = "pref.break.time";
-    static constexpr const char *customBreakPromptKey = "custom_break_prompt";
-    static constexpr const char *breakPromptKey = "break_prompt_text";
-    static constexpr const char *shortBreakTimesKey = "pref.short.break.times";
-    static constexpr const char *longBreakTimeKey = "pref.long.break.time";
-    static constexpr const char *forceLongBreakKey = "force_long_break";
-    static constexpr const char *restartTimerAfterAwakeKey = "restart_timer_after_awake";
-    static constexpr const char *stopTimerAfterMouseStopKey = "stop_timer_after_mouse_stop";
-    static constexpr const char *showNewDayTipKey = "show_new_day_tip";
-    static constexpr const char *lastWeakupTimestampKey = "last_weakup_timestamp";
+    // Keys in the settings file (Settings.h).
+    static constexpr const char *launchAtLoginKey = Settings::keyName(Setting::launchAtLogin);
+    static constexpr const char *showTimeKey = Settings::keyName(Setting::showTime);
+    static constexpr const char *autoCheckUpdateKey = Settings::keyName(Setting::autoCheckUpdate);
+    static constexpr const char *workTimeKey = Settings::keyName(Setting::workTime);
+    static constexpr const char *breakTimeKey = Settings::keyName(Setting::breakTime);
+    static constexpr const char *customBreakPromptKey =
+        Settings::keyName(Setting::customBreakPrompt);
+    static constexpr const char *breakPromptKey = Settings::keyName(Setting::breakPrompt);
+    static constexpr const char *shortBreakTimesKey = Settings::keyName(Setting::shortBreakTimes);
+    static constexpr const char *longBreakTimeKey = Settings::keyName(Setting::longBreakTime);
+    static constexpr const char *forceLongBreakKey = Settings::keyName(Setting::forceLongBreak);
+    static constexpr const char *restartTimerAfterAwakeKey =
+        Settings::keyName(Setting::restartTimerAfterAwake);
+    static constexpr const char *stopTimerAfterMouseStopKey =
+        Settings::keyName(Setting::stopTimerAfterMouseStop);
+    static constexpr const char *showNewDayTipKey = Settings::keyName(Setting::showNewDayTip);
+    static constexpr const char *lastWeakupTimestampKey =
+        Settings::keyName(Setting::lastWeakupTimestamp);
 
     static QString defaultBreakPrompt();
 
@@ -68,7 +73,7 @@ public:
     bool autoCheckUpdate() const;
     void setAutoCheckUpdate(bool value);
     qint64 workTime() const; // minutes
-    // Restarts the work period with the new length unless the user paused.
+    // Also says workTimeSet(), on which the countdown restarts.
     void setWorkTime(qint64 value);
     qint64 breakTime() const; // seconds (a short break)
     void setBreakTime(qint64 value);
@@ -99,6 +104,11 @@ public:
     void updateWeakupTimestamp();
 
 Q_SIGNALS:
+    // The work time was assigned in this process (an edit of the file does
+    // not say it), also to its old value. Where the countdown runs, the work
+    // period restarts with the new length unless the user paused
+    // (AppState::prefState()); the window process hands it to the counting process.
+    void workTimeSet();
     void launchAtLoginChanged();
     void showTimeChanged();
     void autoCheckUpdateChanged();

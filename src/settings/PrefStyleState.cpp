@@ -14,7 +14,7 @@ PrefStyleState::PrefStyleState(PreferencesStore &store, QObject *parent)
 
 BreakStyle PrefStyleState::breakStyle() const
 {
-    const qint64 raw = m_store.intValue(QString::fromLatin1(breakStyleKey), 0);
+    const qint64 raw = m_store.intValue(Setting::breakStyle);
     return BreakStyles::fromRawValue(raw).value_or(BreakStyle::default_);
 }
 

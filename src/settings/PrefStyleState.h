@@ -1,6 +1,7 @@
 #pragma once
 
 #include "settings/BreakStyle.h"
+#include "settings/Settings.h"
 
 #include <QObject>
 #include <QStringList>
@@ -14,9 +15,10 @@ class PrefStyleState : public QObject {
     Q_OBJECT
     Q_PROPERTY(qint64 breakStyle READ breakStyleRaw WRITE setBreakStyleRaw NOTIFY breakStyleChanged)
 public:
-    static constexpr const char *breakStyleKey = "break_style";
-    static constexpr const char *promptListPrefix = "break_prompt_list_";
-    static constexpr const char *newDayPromptListPrefix = "new_day_break_prompt_list_";
+    static constexpr const char *breakStyleKey = Settings::keyName(Setting::breakStyle);
+    static constexpr const char *promptListPrefix = Settings::keyName(Setting::breakPromptList);
+    static constexpr const char *newDayPromptListPrefix =
+        Settings::keyName(Setting::newDayBreakPromptList);
 
     explicit PrefStyleState(PreferencesStore &store, QObject *parent = nullptr);
 
@@ -32,7 +34,7 @@ public:
     Q_INVOKABLE QStringList newDayPromptList() const;
     Q_INVOKABLE void setNewDayPromptList(const QStringList &list);
 
-    // The key a list of the current style is stored under, e.g. "break_prompt_list_1".
+    // The key a list of the current style is stored under: the prefix and the style's number.
     QString promptListKey() const;
     QString newDayPromptListKey() const;
 

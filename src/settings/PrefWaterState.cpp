@@ -1,14 +1,12 @@
 #include "settings/PrefWaterState.h"
 
 #include "app/Clock.h"
+#include "app/CycleEvents.h"
 #include "app/DelayedTask.h"
 #include "app/Localized.h"
 #include "app/Log.h"
-#include "app/RemoteCalls.h"
 #include "settings/DateText.h"
 #include "settings/PreferencesStore.h"
-#include "statusbar/StatusBarController.h"
-#include "windows/WindowController.h"
 
 #include <QHash>
 
@@ -65,8 +63,11 @@ PrefWaterState::PrefWaterState(PreferencesStore &store, QObject *parent)
     : QObject(parent), m_store(store)
 {
     const QDateTime now = Clock::now().toLocalTime();
-    m_defaultStart = todayAt(now, QTime(7, 0));
-    m_defaultEnd = todayAt(now, QTime(20, 0));
+    const auto timeOfDay = [](Setting hours) {
+        return QTime(0, 0).addSecs(int(Settings::entry(hours).byDefault));
+    };
+    m_defaultStart = todayAt(now, timeOfDay(Setting::waterIntervalStart));
+    m_defaultEnd = todayAt(now, timeOfDay(Setting::waterIntervalEnd));
     connect(&m_store, &PreferencesStore::changed, this, &PrefWaterState::onStoreChanged);
 }
 
@@ -89,9 +90,9 @@ void PrefWaterState::onStoreChanged(const QString &changedKey)
         return;
     std::invoke(it.value(), this);
     Q_EMIT changed();
-    // An edit of the file by another program changes the tally too.
-    if (changedKey == key(finishedKey))
-        StatusBarController::updateWaterItem();
+    // Ours, the window process's or another program's: the status menu's
+    // water item shows the tally and the working hours.
+    Q_EMIT CycleEvents::instance()->waterChanged();
 }
 
 QDateTime PrefWaterState::storedDate(const char *k, const QDateTime &fallback) const
@@ -109,7 +110,7 @@ QDateTime PrefWaterState::storedDate(const char *k, const QDateTime &fallback) c
 
 bool PrefWaterState::enable() const
 {
-    return m_store.boolValue(key(enableKey), false);
+    return m_store.boolValue(Setting::waterEnable);
 }
 
 void PrefWaterState::setEnable(bool value)
@@ -119,7 +120,7 @@ void PrefWaterState::setEnable(bool value)
 
 qint64 PrefWaterState::target() const
 {
-    return m_store.intValue(key(targetKey), 1500);
+    return m_store.intValue(Setting::waterTarget);
 }
 
 void PrefWaterState::setTarget(qint64 value)
@@ -129,7 +130,7 @@ void PrefWaterState::setTarget(qint64 value)
 
 PrefWaterState::Mode PrefWaterState::mode() const
 {
-    return modeFromRawValue(m_store.intValue(key(modeKey), 0)).value_or(Mode::interval);
+    return modeFromRawValue(m_store.intValue(Setting::waterMode)).value_or(Mode::interval);
 }
 
 void PrefWaterState::setMode(Mode value)
@@ -170,7 +171,7 @@ void PrefWaterState::setIntervalEndDate(const QDateTime &value)
 
 qint64 PrefWaterState::selectedInterval() const
 {
-    return m_store.intValue(key(selectedIntervalKey), 15);
+    return m_store.intValue(Setting::waterSelectedInterval);
 }
 
 void PrefWaterState::setSelectedInterval(qint64 value)
@@ -180,18 +181,17 @@ void PrefWaterState::setSelectedInterval(qint64 value)
 
 qint64 PrefWaterState::finished() const
 {
-    return m_store.intValue(key(finishedKey), 0);
+    return m_store.intValue(Setting::waterFinished);
 }
 
 void PrefWaterState::setFinished(qint64 value)
 {
     m_store.setInt(key(finishedKey), value);
-    StatusBarController::updateWaterItem();
 }
 
 qint64 PrefWaterState::lastSelectedAmount() const
 {
-    return m_store.intValue(key(lastSelectedAmountKey), 150);
+    return m_store.intValue(Setting::waterLastSelectedAmount);
 }
 
 void PrefWaterState::setLastSelectedAmount(qint64 value)
@@ -201,7 +201,7 @@ void PrefWaterState::setLastSelectedAmount(qint64 value)
 
 double PrefWaterState::lastClickTimestamp() const
 {
-    return m_store.doubleValue(key(lastClickTimestampKey), 0.0);
+    return m_store.doubleValue(Setting::waterLastShowDate);
 }
 
 void PrefWaterState::setLastClickTimestamp(double value)
@@ -252,9 +252,6 @@ bool PrefWaterState::isNewDay() const
 
 void PrefWaterState::schedule()
 {
-    // The reminder is armed where the status item counts down to it.
-    if (RemoteCalls::forward("scheduleWater"))
-        return;
     cancel();
     if (!inWorkTime()) {
         logger().log(LogLevel::Info, QStringLiteral("Not in work time"), {},
@@ -268,7 +265,7 @@ void PrefWaterState::schedule()
             "Fatal error: Arithmetic overflow converting pref.water.selectedInterval to seconds");
     if (m_workItem)
         m_workItem->deleteLater();
-    m_workItem = new DelayedTask([] { WindowController::showWaterView(); }, this);
+    m_workItem = new DelayedTask([] { Q_EMIT CycleEvents::instance()->waterDue(); }, this);
     m_workItemDue = Clock::now().addSecs(delay);
     // Timers take an int of milliseconds; anything longer than ~24 days would
     // not fit and could never come due in a running session anyway.
@@ -278,8 +275,6 @@ void PrefWaterState::schedule()
 
 void PrefWaterState::cancel()
 {
-    if (RemoteCalls::forward("cancelWater"))
-        return;
     if (m_workItem)
         m_workItem->cancel();
 }

@@ -4,10 +4,10 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
-
-#include "app/DelayedTask.h"
 #include <QString>
 
+#include "app/DelayedTask.h"
+#include "settings/Settings.h"
 
 class PreferencesStore;
 
@@ -18,12 +18,17 @@ class PrefWaterState : public QObject {
     Q_PROPERTY(bool enable READ enable WRITE setEnable NOTIFY enableChanged)
     Q_PROPERTY(qint64 target READ target WRITE setTarget NOTIFY targetChanged)
     Q_PROPERTY(int mode READ modeRaw WRITE setModeRaw NOTIFY modeChanged)
-    Q_PROPERTY(QDateTime intervalStartDate READ intervalStartDate WRITE setIntervalStartDate NOTIFY intervalStartDateChanged)
-    Q_PROPERTY(QDateTime intervalEndDate READ intervalEndDate WRITE setIntervalEndDate NOTIFY intervalEndDateChanged)
-    Q_PROPERTY(qint64 selectedInterval READ selectedInterval WRITE setSelectedInterval NOTIFY selectedIntervalChanged)
+    Q_PROPERTY(QDateTime intervalStartDate READ intervalStartDate WRITE setIntervalStartDate NOTIFY
+                   intervalStartDateChanged)
+    Q_PROPERTY(QDateTime intervalEndDate READ intervalEndDate WRITE setIntervalEndDate NOTIFY
+                   intervalEndDateChanged)
+    Q_PROPERTY(qint64 selectedInterval READ selectedInterval WRITE setSelectedInterval NOTIFY
+                   selectedIntervalChanged)
     Q_PROPERTY(qint64 finished READ finished WRITE setFinished NOTIFY finishedChanged)
-    Q_PROPERTY(qint64 lastSelectedAmount READ lastSelectedAmount WRITE setLastSelectedAmount NOTIFY lastSelectedAmountChanged)
-    Q_PROPERTY(double lastClickTimestamp READ lastClickTimestamp WRITE setLastClickTimestamp NOTIFY lastClickTimestampChanged)
+    Q_PROPERTY(qint64 lastSelectedAmount READ lastSelectedAmount WRITE setLastSelectedAmount NOTIFY
+                   lastSelectedAmountChanged)
+    Q_PROPERTY(double lastClickTimestamp READ lastClickTimestamp WRITE setLastClickTimestamp NOTIFY
+                   lastClickTimestampChanged)
     Q_PROPERTY(qint64 remain READ remain NOTIFY changed)
     Q_PROPERTY(float finishedPrecent READ finishedPrecent NOTIFY changed)
     Q_PROPERTY(QList<qint64> amounts READ amounts WRITE setAmounts NOTIFY amountsChanged)
@@ -33,17 +38,20 @@ public:
     enum class Mode { interval = 0, timing = 1 };
     Q_ENUM(Mode)
 
-    static constexpr const char *enableKey = "pref.water.enable";
-    static constexpr const char *targetKey = "pref.water.target";
-    static constexpr const char *modeKey = "pref.water.mode";
-    static constexpr const char *intervalStartKey = "pref.water.interval.start";
-    static constexpr const char *intervalEndKey = "pref.water.interval.end";
-    static constexpr const char *selectedIntervalKey = "pref.water.selectedInterval";
-    static constexpr const char *finishedKey = "pref.water.finished";
-    static constexpr const char *lastSelectedAmountKey = "pref.water.lastSelectedAmount";
+    static constexpr const char *enableKey = Settings::keyName(Setting::waterEnable);
+    static constexpr const char *targetKey = Settings::keyName(Setting::waterTarget);
+    static constexpr const char *modeKey = Settings::keyName(Setting::waterMode);
+    static constexpr const char *intervalStartKey = Settings::keyName(Setting::waterIntervalStart);
+    static constexpr const char *intervalEndKey = Settings::keyName(Setting::waterIntervalEnd);
+    static constexpr const char *selectedIntervalKey =
+        Settings::keyName(Setting::waterSelectedInterval);
+    static constexpr const char *finishedKey = Settings::keyName(Setting::waterFinished);
+    static constexpr const char *lastSelectedAmountKey =
+        Settings::keyName(Setting::waterLastSelectedAmount);
     // The moment the current interval is counted from; the key's name is older
     // than the property's and stays so existing settings keep being read.
-    static constexpr const char *lastClickTimestampKey = "pref.water.lastShowDate";
+    static constexpr const char *lastClickTimestampKey =
+        Settings::keyName(Setting::waterLastShowDate);
 
     static std::optional<Mode> modeFromRawValue(qint64 raw);
     static QString modeDesc(Mode mode); // translated
@@ -70,7 +78,6 @@ public:
     qint64 selectedInterval() const; // minutes
     void setSelectedInterval(qint64 value);
     qint64 finished() const; // ml drunk today
-    // Also refreshes the status menu's water item.
     void setFinished(qint64 value);
     qint64 lastSelectedAmount() const; // ml
     void setLastSelectedAmount(qint64 value);

@@ -132,6 +132,27 @@ QString PreferencesStore::stringValue(const QString &key, const QString &fallbac
     return fallback;
 }
 
+bool PreferencesStore::boolValue(Setting setting) const
+{
+    return boolValue(Settings::key(setting), Settings::entry(setting).byDefault != 0);
+}
+
+qint64 PreferencesStore::intValue(Setting setting) const
+{
+    return intValue(Settings::key(setting), qint64(Settings::entry(setting).byDefault));
+}
+
+double PreferencesStore::doubleValue(Setting setting) const
+{
+    return doubleValue(Settings::key(setting), Settings::entry(setting).byDefault);
+}
+
+QString PreferencesStore::stringValue(Setting setting) const
+{
+    return stringValue(Settings::key(setting),
+                       QString::fromUtf8(Settings::entry(setting).textByDefault));
+}
+
 std::optional<QStringList> PreferencesStore::stringList(const QString &key) const
 {
     if (!m_settings.contains(key))

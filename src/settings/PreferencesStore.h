@@ -6,6 +6,8 @@
 #include <QSettings>
 #include <QStringList>
 
+#include "settings/Settings.h"
+
 #include <optional>
 
 // Typed access to the settings file (INI, $XDG_CONFIG_HOME/narv/narv.conf).
@@ -29,6 +31,11 @@ public:
     qint64 intValue(const QString &key, qint64 fallback) const;
     double doubleValue(const QString &key, double fallback) const;
     QString stringValue(const QString &key, const QString &fallback) const;
+    // The same with the key's default from the settings table.
+    bool boolValue(Setting setting) const;
+    qint64 intValue(Setting setting) const;
+    double doubleValue(Setting setting) const;
+    QString stringValue(Setting setting) const;
     // The stored list, the empty list included; nothing when the key is absent
     // or holds something other than text.
     std::optional<QStringList> stringList(const QString &key) const;

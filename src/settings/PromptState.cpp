@@ -7,7 +7,6 @@
 #include "settings/BreakStyle.h"
 #include "settings/PrefState.h"
 #include "settings/PrefStyleState.h"
-#include "windows/WindowController.h"
 
 #include <QRandomGenerator>
 
@@ -57,7 +56,8 @@ void PromptState::showBreak()
     if (DelayedTask *idle = AppState::mouseMoveEventItem())
         idle->cancel();
 
-    WindowController::showBreak();
+    Q_EMIT CycleEvents::instance()->breakStarted(
+        m_shortBreakTimes != 0 ? CycleEvents::BreakKind::Short : CycleEvents::BreakKind::Long);
 
     qint64 duration = pref->breakTime(); // seconds
     if (m_shortBreakTimes != 0) {
@@ -75,8 +75,6 @@ void PromptState::showBreak()
         setPrompt(prompts.isEmpty() ? pref->breakPrompt() : randomElement(prompts));
     }
 
-    Q_EMIT CycleEvents::instance()->breakStarted(
-        m_shortBreakTimes != 0 ? CycleEvents::BreakKind::Short : CycleEvents::BreakKind::Long);
     TicktackController::startBreak(duration);
 }
 
@@ -86,14 +84,13 @@ void PromptState::showNewDay()
         BreakStyles::newDayPrompts(AppState::prefState()->styleState()->breakStyle());
     setPrompt(prompts.isEmpty() ? fallbackNewDayGreeting() : randomElement(prompts));
     setShowSkipButton(false);
-    WindowController::showBreak();
     Q_EMIT CycleEvents::instance()->breakStarted(CycleEvents::BreakKind::Greeting);
     TicktackController::startBreak(10);
 }
 
 void PromptState::closePrompt()
 {
-    WindowController::closeBreak();
+    Q_EMIT CycleEvents::instance()->breakEnded();
     AppState::restartWork();
 }
 

@@ -1,10 +1,9 @@
 #include "statusbar/StatusBarController.h"
 
-#include "app/RemoteCalls.h"
-
 #include "app/AppInfo.h"
 #include "app/AppState.h"
 #include "app/Clock.h"
+#include "app/CycleEvents.h"
 #include "app/Localized.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
@@ -22,7 +21,34 @@ using namespace StatusBarController;
 
 namespace {
 
+// The start/stop item's icon and label while the cycle is (not) working.
+QString pauseImageOf(bool working)
+{
+    return working ? QStringLiteral("stop.circle") : QStringLiteral("play.circle");
+}
+
+QString pauseTitleOf(bool working)
+{
+    // "Wrok" is the key in the translation tables, which read it as "Work".
+    return QStringLiteral("- ") + (working ? NARV_TR("Stop") : NARV_TR("Wrok")) +
+           QStringLiteral(" -");
+}
+
 struct Item {
+    Item()
+        : pauseTitle(pauseTitleOf(AppState::working())),
+          pauseImage(pauseImageOf(AppState::working()))
+    {
+        // The start/stop item follows every later assignment to AppState::working.
+        QObject::connect(CycleEvents::instance(), &CycleEvents::workingAssigned,
+                         CycleEvents::instance(), [](bool working) {
+                             StatusBarController::setPauseItem(pauseImageOf(working),
+                                                               pauseTitleOf(working));
+                         });
+        QObject::connect(CycleEvents::instance(), &CycleEvents::waterChanged,
+                         CycleEvents::instance(), StatusBarController::updateWaterItem);
+    }
+
     std::function<std::unique_ptr<StatusItemBackend>()> factory;
     std::unique_ptr<StatusItemBackend> backend;
     bool created = false;
@@ -297,8 +323,6 @@ bool StatusBarController::activate(int id)
 
 void StatusBarController::insetWaterItem()
 {
-    if (RemoteCalls::forward("insetWaterItem"))
-        return;
     if (indexOfTag(Tag::water) >= 0)
         return;
     state().menu.insert(int(Tag::water), waterItem());
@@ -325,8 +349,6 @@ void StatusBarController::showHistoryItem(bool shown)
 
 void StatusBarController::removeWaterItem()
 {
-    if (RemoteCalls::forward("removeWaterItem"))
-        return;
     const int index = indexOfTag(Tag::water);
     if (index < 0)
         return;
@@ -337,8 +359,6 @@ void StatusBarController::removeWaterItem()
 
 void StatusBarController::updateWaterItem()
 {
-    if (RemoteCalls::forward("updateWaterItem"))
-        return;
     const int index = indexOfTag(Tag::water);
     if (index < 0)
         return;
@@ -373,8 +393,6 @@ QString StatusBarController::waterTitle()
 
 void StatusBarController::showTime(bool show)
 {
-    if (RemoteCalls::forward("showTime", {show}))
-        return;
     state().showTime = show;
     TicktackState *work = AppState::workState();
     applyTitle(show && !work->timesUp() ? work->timeString() : QString());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "services/StatusItemBackend.h"
+
 #include <QList>
 #include <QString>
 
@@ -12,22 +14,6 @@
 // start/stop item's title and icon, the water item, and the end of a work
 // period starting the break. How the item is drawn (a StatusNotifierItem, a
 // plain tray icon) sits behind StatusItemBackend.
-class StatusItemBackend {
-public:
-    virtual ~StatusItemBackend() = default;
-    // The text beside the icon; empty shows the icon alone.
-    virtual void setTitle(const QString &title) = 0;
-    // The tooltip's text under the program's name. It changes far less often
-    // than the title (see StatusBarController::toolTip()).
-    virtual void setToolTip(const QString &text) {}
-    // The start/stop menu item (tag pause): its icon name and label.
-    virtual void setPauseItem(const QString &image, const QString &title) = 0;
-    // Items were inserted into or removed from StatusBarController::menu().
-    virtual void menuLayoutChanged() {}
-    // The title of the item with this id changed (the water tally).
-    virtual void menuItemChanged(int id) {}
-};
-
 namespace StatusBarController {
 // Marks the items other code finds again. The raw value of `water` is also the
 // index the water item is inserted at, right after the start/stop item: the two
@@ -95,7 +81,7 @@ QString waterTitle();
 
 // Sets the title from the countdown at once; never starts a break.
 void showTime(bool show);
-// Called whenever AppState::working is assigned.
+// The start/stop item's icon and label; set whenever AppState::working is assigned.
 void setPauseItem(const QString &image, const QString &title);
 
 QString title();

@@ -5,6 +5,7 @@
 #include "app/DelayedTask.h"
 #include "app/Log.h"
 #include "app/TicktackController.h"
+#include "windows/CountdownCommand.h"
 #include "windows/WindowController.h"
 
 #include <QQmlEngine>
@@ -27,7 +28,7 @@ WaterPanel::WaterPanel()
     m_doneTask = new DelayedTask(
         [] {
             WindowController::closeWaterView();
-            AppState::waterState()->schedule();
+            CountdownCommands::send(CountdownCommand::scheduleWater);
         },
         this);
 }
@@ -99,7 +100,7 @@ void WaterPanel::noteNotInWorkTime()
 void WaterPanel::skipAction()
 {
     WindowController::closeWaterView();
-    AppState::waterState()->schedule();
+    CountdownCommands::send(CountdownCommand::scheduleWater);
 }
 
 void WaterPanel::doneAction()

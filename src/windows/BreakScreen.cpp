@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/Log.h"
+#include "windows/CountdownCommand.h"
 #include "windows/WindowController.h"
 
 #include <QQmlEngine>
@@ -28,7 +29,7 @@ void BreakScreen::skipAction()
 {
     logger().log(LogLevel::Info, QStringLiteral("skip break view"), {},
                  LogSource{"BreakView", "skipAction()", __LINE__});
-    AppState::promptState()->closePrompt();
+    CountdownCommands::send(CountdownCommand::closeBreak);
 }
 
 void BreakScreen::openWaterReminder()

@@ -1,6 +1,7 @@
 #include "windows/WindowController.h"
 
 #include "app/AppState.h"
+#include "app/CycleEvents.h"
 #include "app/Log.h"
 #include "settings/PrefWaterState.h"
 
@@ -34,6 +35,18 @@ bool haveBackend()
 
 void WindowController::setBackend(std::unique_ptr<WindowBackend> backend)
 {
+    // The cycle says when its windows are wanted; the first backend to come
+    // subscribes this controller, and any backend after it is told the same.
+    static const bool subscribed = [] {
+        CycleEvents *events = CycleEvents::instance();
+        QObject::connect(events, &CycleEvents::breakStarted, events, &WindowController::showBreak);
+        QObject::connect(events, &CycleEvents::breakEnded, events, &WindowController::closeBreak);
+        QObject::connect(events, &CycleEvents::waterDue, events, &WindowController::showWaterView);
+        QObject::connect(events, &CycleEvents::waterDayRestarted, events,
+                         &WindowController::closeWaterView);
+        return true;
+    }();
+    Q_UNUSED(subscribed);
     slot() = std::move(backend);
 }
 

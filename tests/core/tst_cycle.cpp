@@ -6,7 +6,7 @@
 #include "LogTail.h"
 #include "TestSupport.h"
 
-#include "app/AppDelegate.h"
+#include "AppDelegate.h"
 #include "app/AppState.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"

@@ -7,19 +7,22 @@
 
 #include "app/AppState.h"
 #include "app/Clock.h"
-#include "app/LoginItem.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
+#include "services/LoginItem.h"
 #include "settings/BreakStyle.h"
 #include "settings/DateText.h"
 #include "settings/PrefState.h"
 #include "settings/PrefStyleState.h"
 #include "settings/PrefWaterState.h"
 #include "settings/PreferencesStore.h"
+#include "settings/Settings.h"
 #include "statusbar/StatusBarController.h"
 
+#include <QDirIterator>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QScopeGuard>
 #include <QSignalSpy>
@@ -82,6 +85,65 @@ private Q_SLOTS:
     }
 
     void cleanup() { Clock::setNowSource({}); }
+
+    // The table of settings is what the README tells the user: the same keys
+    // (a list kept per style as "<prefix>N"), the same default where a row
+    // gives one key one plain value. And the program spells each key once,
+    // in the table.
+    void keysDeclaredOnceAndDocumented()
+    {
+        const QString readme =
+            QString::fromUtf8(TestSupport::readFile(QStringLiteral(NARV_SOURCE_DIR "/README.md")));
+        const qsizetype start = readme.indexOf(QLatin1String("| Key | Default | Meaning |"));
+        QVERIFY(start >= 0);
+        const QString table =
+            readme.mid(start, readme.indexOf(QLatin1String("\n\n"), start) - start);
+        static const QRegularExpression row(QStringLiteral("^\\| (`[^|]+`) \\| ([^|]+) \\|"),
+                                            QRegularExpression::MultilineOption);
+        static const QRegularExpression quoted(QStringLiteral("`([^`]+)`"));
+        QSet<QString> documented;
+        QHash<QString, QString> defaults;
+        for (const QRegularExpressionMatch &line : row.globalMatch(table)) {
+            QStringList keys;
+            for (const QRegularExpressionMatch &name : quoted.globalMatch(line.captured(1)))
+                keys << name.captured(1);
+            documented.unite(QSet<QString>(keys.cbegin(), keys.cend()));
+            if (keys.size() == 1)
+                defaults.insert(keys.first(), line.captured(2).trimmed());
+        }
+        QSet<QString> declared;
+        for (const SettingEntry &entry : settingsTable) {
+            const bool perStyle = entry.type == SettingType::textList;
+            const QString key =
+                QString::fromLatin1(entry.key) + (perStyle ? QStringLiteral("N") : QString());
+            declared.insert(key);
+            if (!defaults.contains(key))
+                continue;
+            if (entry.type == SettingType::boolean)
+                QCOMPARE(defaults.value(key),
+                         entry.byDefault != 0 ? QStringLiteral("true") : QStringLiteral("false"));
+            else if (entry.type == SettingType::integer)
+                QCOMPARE(defaults.value(key), QString::number(qint64(entry.byDefault)));
+        }
+        QCOMPARE(declared, documented);
+
+        QDirIterator files(
+            QStringLiteral(NARV_SOURCE_DIR "/src"),
+            {QStringLiteral("*.cpp"), QStringLiteral("*.h"), QStringLiteral("*.qml")}, QDir::Files,
+            QDirIterator::Subdirectories);
+        int read = 0;
+        while (files.hasNext()) {
+            const QString path = files.next();
+            if (path.endsWith(QLatin1String("/settings/Settings.h")))
+                continue;
+            const QByteArray text = TestSupport::readFile(path);
+            ++read;
+            for (const SettingEntry &entry : settingsTable)
+                QVERIFY2(!text.contains('"' + QByteArray(entry.key)),
+                         qPrintable(path + QStringLiteral(" spells ") + QLatin1String(entry.key)));
+        }
+        QVERIFY(read > 50);
+    }
 
     // Read as the defaults, and never written back by reading.
     void badAndForeignValuesReadAsDefaults()

@@ -8,7 +8,6 @@
 #include "TestSupport.h"
 
 #include "app/AppState.h"
-#include "app/RemoteCalls.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
@@ -19,6 +18,7 @@
 #include "settings/PreferencesStore.h"
 #include "settings/PromptState.h"
 #include "statusbar/StatusBarController.h"
+#include "windows/CountdownCommand.h"
 #include "windows/WindowController.h"
 
 #include <QCoreApplication>
@@ -37,8 +37,9 @@ namespace {
 // The stand-in window process. Shows and closes what it is told, answers
 // every message with a report of its windows, as ViewsHost does, and keeps a
 // list of the messages' names in $NARV_TEST_RECORD. "showAbout" stands for a
-// window whose views ask the counting process for something: it sends the
-// call "restartWork" back (and shows nothing).
+// window whose views ask the counting process for something: like the
+// settings window, it writes a new work time and then sends the command
+// "restartWork" (and shows nothing).
 int standInWindowProcess()
 {
     int argc = 1;
@@ -83,8 +84,12 @@ int standInWindowProcess()
             water = true;
         else if (what == QLatin1String("closeWaterView"))
             water = false;
-        if (what == QLatin1String("showAbout"))
-            channel.send({QStringLiteral("call"), QStringLiteral("restartWork")});
+        if (what == QLatin1String("showAbout")) {
+            QSettings settings(PreferencesStore::defaultFilePath(), QSettings::IniFormat);
+            settings.setValue(QStringLiteral("pref.work.time"), 7);
+            settings.sync();
+            channel.send({QStringLiteral("command"), int(CountdownCommand::restartWork)});
+        }
         // The settings window as the user left it (it is never shown here).
         channel.send({QStringLiteral("windows"), read, breakShown, water, breakShown || water,
                       QPoint(120, 340), QRect(30, 40, 600, 500)});
@@ -163,39 +168,30 @@ private Q_SLOTS:
         delete near;
     }
 
-    // In the window process the calls that change the counting process's
-    // state are sent there; in the counting process they run, with the
-    // settings the window process just wrote, also before the file watcher
-    // has told.
-    void remoteCalls()
+    // What the windows ask of the countdown: in the window process it is
+    // handed on, in this one it runs; numbers outside the table are no command.
+    void commands()
     {
-        QList<QVariantList> sent;
-        RemoteCalls::setSender([&](const QVariantList &call) { sent.append(call); });
+        QList<CountdownCommand> sent;
+        CountdownCommands::setSender([&](CountdownCommand command) { sent.append(command); });
         TicktackController::stop();
-        AppState::restartWork();
-        StatusBarController::showTime(false);
-        AppState::waterState()->schedule();
-        RemoteCalls::setSender({});
+        CountdownCommands::send(CountdownCommand::restartWork);
+        CountdownCommands::send(CountdownCommand::scheduleWater);
+        CountdownCommands::setSender({});
         QVERIFY(!TicktackController::isRunning());
-        QCOMPARE(sent, (QList<QVariantList>{{QStringLiteral("restartWork")},
-                                            {QStringLiteral("showTime"), false},
-                                            {QStringLiteral("scheduleWater")}}));
+        QVERIFY(!AppState::waterState()->workItem());
+        QCOMPARE(sent, (QList<CountdownCommand>{CountdownCommand::restartWork,
+                                                CountdownCommand::scheduleWater}));
 
-        // The new work time, written by another process a moment ago.
-        {
-            QSettings other(PreferencesStore::defaultFilePath(), QSettings::IniFormat);
-            other.setValue(QStringLiteral("pref.work.time"), 7);
-        }
-        QVERIFY(RemoteCalls::perform({QStringLiteral("restartWork")}));
-        QCOMPARE(TicktackController::remaining(AppState::workState()), 7 * 60);
-
-        // Paused by the user: the window process cannot know, the call here does.
+        CountdownCommands::send(CountdownCommand::restartWork);
+        QVERIFY(TicktackController::isRunning());
+        // Paused by the user: the window process cannot know, the command here does.
         AppState::setManualPause(true);
-        QVERIFY(RemoteCalls::perform({QStringLiteral("restartWork")}));
+        CountdownCommands::send(CountdownCommand::restartWork);
         QVERIFY(!TicktackController::isRunning());
 
-        QVERIFY(!RemoteCalls::perform({QStringLiteral("rm -rf")}));
-        QCOMPARE(LogTail::count("the window process asked for an unknown call: rm -rf"), 1);
+        QVERIFY(!CountdownCommands::fromRawValue(0));
+        QVERIFY(!CountdownCommands::fromRawValue(int(CountdownCommand::hideWaterItem) + 1));
     }
 
     // The window process: started by the first window and ended with the
@@ -217,8 +213,13 @@ private Q_SLOTS:
                  (QStringList{QStringLiteral("prompt"), QStringLiteral("showSkipButton"),
                               QStringLiteral("breakTime"), QStringLiteral("breakTimesUp")}));
 
+        // The file exists and is watched before the window process writes it.
+        AppState::prefState()->setWorkTime(25);
+        TicktackController::stop();
         views.showAbout();
-        QTRY_VERIFY2(TicktackController::isRunning(), "the views' call did not run here");
+        QTRY_VERIFY2(TicktackController::isRunning(), "the views' command did not run here");
+        // With the work time the window process wrote just before it.
+        QCOMPARE(TicktackController::remaining(AppState::workState()), 7 * 60);
 
         const int ends = LogTail::count("no window left: the window process ends");
         views.closeWaterView();
@@ -239,9 +240,9 @@ private Q_SLOTS:
         qputenv("XDG_ACTIVATION_TOKEN", "token-of-the-second-start");
         views.showPrefView();
         views.showPrefView();
-        QTRY_COMPARE(recorded().filter(QStringLiteral("showPrefView")),
-                     (QStringList{
-                         QStringLiteral("showPrefView token-of-the-second-start 30,40 600x500"),
+        QTRY_COMPARE(
+            recorded().filter(QStringLiteral("showPrefView")),
+            (QStringList{QStringLiteral("showPrefView token-of-the-second-start 30,40 600x500"),
                          QStringLiteral("showPrefView  30,40 600x500")}));
     }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/LoginItem.h"
+#include "services/LoginItem.h"
 
 // An autostart entry, $XDG_CONFIG_HOME/autostart/app.narv.Narv.desktop, that
 // desktops following the XDG autostart rules run at login.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/LoginItem.h"
+#include "services/LoginItem.h"
 
 #include <QObject>
 

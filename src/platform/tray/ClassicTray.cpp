@@ -2,7 +2,7 @@
 
 #include "StatusNotifierItem.h"
 
-#include "app/Module.h"
+#include "Module.h"
 
 #include <dbus/dbus.h>
 

@@ -3,6 +3,7 @@
 #include "Appcast.h"
 #include "FeedFetcher.h"
 #include "UpdatePresenter.h"
+#include "settings/Settings.h"
 #include "windows/WindowController.h"
 
 #include <QDateTime>
@@ -33,7 +34,7 @@ class AppcastUpdateChecker : public QObject {
 public:
     static constexpr qint64 checkInterval = 43200; // seconds
     static constexpr qint64 firstCheckDelay = 300; // seconds, when there was never a check
-    static constexpr const char *lastCheckKey = "last_update_check"; // seconds since 1970, text
+    static constexpr const char *lastCheckKey = Settings::keyName(Setting::lastUpdateCheck);
 
     // Makes the fetcher at the first check; null when there is none to be had.
     using FetcherFactory = std::function<std::unique_ptr<FeedFetcher>()>;

@@ -2,11 +2,11 @@
 
 #include "AppcastUpdateChecker.h"
 #include "ChildFeedFetcher.h"
+#include "Module.h"
 #include "UpdateModule.h"
 #include "app/AppInfo.h"
 #include "app/AppState.h"
 #include "app/Log.h"
-#include "app/Module.h"
 #include "settings/PreferencesStore.h"
 #include "windows/WindowController.h"
 

@@ -1,6 +1,6 @@
 #include "UpdateModule.h"
 
-#include "app/Module.h"
+#include "Module.h"
 
 UpdatePresenter *UpdateModule::window()
 {

@@ -1,19 +1,20 @@
 #include "platform/views/ViewsHost.h"
 
+#include "Module.h"
 #include "app/AppInfo.h"
 #include "app/AppState.h"
 #include "app/Localized.h"
 #include "app/Log.h"
-#include "app/LoginItem.h"
-#include "app/Module.h"
-#include "app/RemoteCalls.h"
 #include "app/TicktackState.h"
 #include "platform/login/LoginItemBackend.h"
 #include "platform/update/UpdateModule.h"
 #include "platform/update/UpdatePresenter.h"
 #include "platform/views/MessageChannel.h"
 #include "platform/views/ViewsModule.h"
+#include "services/LoginItem.h"
+#include "settings/PrefState.h"
 #include "settings/PromptState.h"
+#include "windows/CountdownCommand.h"
 #include "windows/QmlWindowBackend.h"
 
 #include <QEvent>
@@ -157,16 +158,23 @@ extern "C" Q_DECL_EXPORT int narv_views_run(int &argc, char **argv)
 
     MessageChannel channel(fd);
     QObject::connect(&channel, &MessageChannel::closed, &app, &QCoreApplication::quit);
-    RemoteCalls::setSender([&channel](const QVariantList &call) {
-        QVariantList message{QStringLiteral("call")};
-        message.append(call);
-        channel.send(message);
-    });
     auto *windows = new QmlWindowBackend;
+    // What the views ask of the countdown goes to the counting process; a
+    // skipped break's windows close here at once.
+    CountdownCommands::setSender([&channel, windows](CountdownCommand command) {
+        if (command == CountdownCommand::closeBreak)
+            windows->closeBreak();
+        channel.send({QStringLiteral("command"), int(command)});
+    });
+    // No countdown runs here: a new work time restarts the one there.
+    PrefState *pref = AppState::prefState();
+    QObject::disconnect(pref, &PrefState::workTimeSet, nullptr, nullptr);
+    QObject::connect(pref, &PrefState::workTimeSet, pref,
+                     [] { CountdownCommands::send(CountdownCommand::restartWork); });
     WindowController::setBackend(std::unique_ptr<WindowBackend>(windows));
     ViewsHost host(channel, *windows);
     const int code = app.exec();
-    RemoteCalls::setSender({});
+    CountdownCommands::setSender({});
     // The windows go before the application object does.
     WindowController::setBackend(nullptr);
     LoginItems::setCurrent(nullptr);

@@ -1,7 +1,7 @@
 #include "platform/views/ViewsModule.h"
 
+#include "Module.h"
 #include "app/Log.h"
-#include "app/Module.h"
 
 #include <cstdlib>
 

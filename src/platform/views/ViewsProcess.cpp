@@ -2,12 +2,12 @@
 
 #include "app/AppState.h"
 #include "app/Log.h"
-#include "app/RemoteCalls.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
 #include "platform/views/MessageChannel.h"
 #include "platform/views/ViewsModule.h"
 #include "settings/PromptState.h"
+#include "windows/CountdownCommand.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -220,8 +220,18 @@ void ViewsProcess::showFailure(const QString &reason)
 void ViewsProcess::onReceived(const QVariantList &message)
 {
     const QString name = message.value(0).toString();
-    if (name == QLatin1String("call")) {
-        RemoteCalls::perform(message.mid(1));
+    if (name == QLatin1String("command")) {
+        const int raw = message.value(1).toInt();
+        const std::optional<CountdownCommand> command = CountdownCommands::fromRawValue(raw);
+        if (!command) {
+            LOG_ERROR(
+                QStringLiteral("the window process asked for an unknown command: %1").arg(raw));
+            return;
+        }
+        // The window process wrote the settings a command goes with (a new
+        // work time, new working hours) before sending it, so the file
+        // watcher's news of them is already waiting here: it goes first.
+        QTimer::singleShot(0, this, [command] { CountdownCommands::perform(*command); });
     } else if (name == QLatin1String("windows")) {
         // ["windows", messages read, break shown, water panel shown, any
         // window shown, the water panel's position and the settings

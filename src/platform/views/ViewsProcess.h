@@ -26,7 +26,7 @@ class QProcess;
 // What the windows show of the counting process's state (the prompt, the
 // break countdown) is sent along as it is assigned; the settings they show
 // are read from the settings file, which both processes watch. What the
-// windows ask for comes back as RemoteCalls.
+// windows ask of the countdown comes back as a CountdownCommand.
 class ViewsProcess : public QObject, public WindowBackend, public UpdatePresenter {
     Q_OBJECT
 public:

@@ -1,10 +1,10 @@
-#include "app/AppDelegate.h"
+#include "AppDelegate.h"
 
 #include "app/AppState.h"
 #include "app/Log.h"
 #include "app/SystemEventController.h"
-#include "settings/PreferencesStore.h"
 #include "settings/PrefWaterState.h"
+#include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
 #include "windows/WindowController.h"
 

@@ -1,4 +1,4 @@
-#include "app/Module.h"
+#include "Module.h"
 
 #include "app/Log.h"
 

@@ -1,10 +1,9 @@
-#include "app/QuilloApp.h"
+#include "QuilloApp.h"
 
-#include "app/AppDelegate.h"
+#include "AppDelegate.h"
 #include "app/AppInfo.h"
 #include "app/Localized.h"
 #include "app/Log.h"
-#include "app/LoginItem.h"
 #include "history/HistoryRecorder.h"
 #include "platform/control/ControlCommand.h"
 #include "platform/control/ControlService.h"
@@ -17,6 +16,7 @@
 #include "platform/update/UpdateCheck.h"
 #include "platform/views/ViewsModule.h"
 #include "platform/views/ViewsProcess.h"
+#include "services/LoginItem.h"
 #include "windows/WindowController.h"
 
 #include <QCoreApplication>
