@@ -75,15 +75,6 @@ Item {
             tryCompare(highlight, "y", labels[0].y);
         }
 
-        // Every row's controls start at one x, the tab's `feature` guide.
-        function test_rowsLineUp() {
-            const names = ["enable", "target", "mode", "modeTip", "startTime", "endTime", "intervals"];
-            const xs = names.map(name => findChild(water, name).mapToItem(view, 0, 0).x);
-            verify(xs[0] > 20);
-            for (let i = 1; i < names.length; ++i)
-                compare(xs[i], xs[0], names[i]);
-        }
-
         function test_switchOnAndOff() {
             mouseClick(findChild(water, "enable"));
             verify(Probe.hasWaterItem());
