@@ -18,7 +18,7 @@ set_tests_properties(tst_breakwindows PROPERTIES ENVIRONMENT "LC_ALL=C.UTF-8" TI
 # The real program; the script starts its own X server and session bus.
 add_test(NAME e2e_break_windows
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/break_windows.sh $<TARGET_FILE:narv>)
-set_tests_properties(e2e_break_windows PROPERTIES TIMEOUT 180)
+set_tests_properties(e2e_break_windows PROPERTIES TIMEOUT 300)
 
 # The window process's line to the counting process and its lifetime, with
 # this test program standing in for the window process.

@@ -56,10 +56,13 @@ Item {
             font.pixelSize: 13
         }
 
-        // The click counts where the press ends on the button.
+        // The click counts where the press ends on the button, however long
+        // it was held: a slow click, or one whose release reaches a busy
+        // process late, is still a click.
         TapHandler {
             id: tap
             gesturePolicy: TapHandler.ReleaseWithinBounds
+            longPressThreshold: 3600
             // A press that turns into a drag stays the button's: it does not
             // move the panel.
             grabPermissions: PointerHandler.TakeOverForbidden

@@ -67,6 +67,7 @@ Item {
     }
 
     TapHandler {
+        longPressThreshold: 3600
         onTapped: root.clicked()
     }
 

@@ -117,6 +117,7 @@ Item {
 
         TapHandler {
             gesturePolicy: TapHandler.ReleaseWithinBounds
+            longPressThreshold: 3600
             // A press that turns into a drag stays the button's: it does not
             // move the panel.
             grabPermissions: PointerHandler.TakeOverForbidden

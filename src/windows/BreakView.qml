@@ -110,6 +110,7 @@ Rectangle {
                     }
 
                     TapHandler {
+                        longPressThreshold: 3600
                         onTapped: BreakScreen.openWaterReminder()
                     }
 
@@ -152,10 +153,14 @@ Rectangle {
                     font.bold: true
                 }
 
-                // Like a button: the click counts where the press ends on it.
+                // Like a button: the click counts where the press ends on it,
+                // however long it was held (TapHandler's own limit is 0.8 s: a
+                // slow click, or one whose release reaches a busy process late,
+                // would be lost).
                 TapHandler {
                     id: skipTap
                     gesturePolicy: TapHandler.ReleaseWithinBounds
+                    longPressThreshold: 3600
                     onTapped: root.skipAction()
                 }
             }

@@ -78,9 +78,6 @@ fi
 
 # --- "Done" drinks the chosen amount, then the panel goes
 read -r _ x y _ _ < <(done_button)
-# A click is only a tap when the press and the release reach the window
-# process well within the long-press time: not while it is still busy.
-wait_for 10 settled "$(views_pid)" || fail "the window process did not settle"
 xdotool mousemove "$x" "$y" click 1
 wait_for 5 stored "pref.water.finished=850" || fail "Done did not add 250 ml"
 wait_for 5 label_is "Water (56% )" || fail "the menu's item did not follow: $(water_label)"

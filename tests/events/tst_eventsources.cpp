@@ -1,7 +1,7 @@
 // The D-Bus sources on private buses (see with-buses.sh): the screensaver
 // services' ActiveChanged from each of the five names, a logind session's
-// LockedHint on the stand-in system bus, and all of them together as GNOME and
-// KDE send them, merged into one lock and one unlock that reach the handlers.
+// LockedHint on the stand-in system bus, and all of them together, merged into
+// one lock and one unlock that reach the handlers.
 // Also Mutter's idle monitor turned into activity.
 
 #include "FakeWindows.h"
@@ -273,32 +273,6 @@ private Q_SLOTS:
                                  {QStringLiteral("LockedHint")});
         QTRY_COMPARE(unlocked.count(), 1);
         QCOMPARE(locked.count(), 1);
-    }
-
-    void gnomeAndKdeTogether()
-    {
-        auto source = startedSource();
-        QSignalSpy locked(source.get(), &ScreenLockSource::locked);
-        QSignalSpy unlocked(source.get(), &ScreenLockSource::unlocked);
-        // GNOME: its screensaver and logind. KDE: the freedesktop name on two paths.
-        const QList<std::pair<QString, QString>> screenSavers{
-            {QStringLiteral("org.gnome.ScreenSaver"), QStringLiteral("/org/gnome/ScreenSaver")},
-            {QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("/ScreenSaver")},
-            {QStringLiteral("org.freedesktop.ScreenSaver"),
-             QStringLiteral("/org/freedesktop/ScreenSaver")}};
-
-        for (int round = 1; round <= 2; ++round) {
-            for (bool active : {true, false}) {
-                logindSays(active);
-                for (const auto &[interface, path] : screenSavers)
-                    screenSaverSays(interface, path, active);
-                QSignalSpy &spy = active ? locked : unlocked;
-                QTRY_COMPARE(spy.count(), round);
-                settle();
-                QCOMPARE(spy.count(), round);
-            }
-            QCOMPARE(locked.count(), round);
-        }
     }
 
     void handlersSeeOneLockAndOneUnlock()

@@ -156,28 +156,6 @@ private Q_SLOTS:
         QCOMPARE(runs, 2);
     }
 
-    void delayedTaskOnTheRealClock()
-    {
-        // The timer goes off while the clock says the deadline has not come: it
-        // waits for the rest instead of running.
-        int runs = 0;
-        DelayedTask task([&runs] { ++runs; });
-        task.schedule(30);
-        QTest::qWait(200);
-        QCOMPARE(runs, 0);
-        QVERIFY(task.isPending());
-        m_monotonic += 30;
-        QTRY_COMPARE_WITH_TIMEOUT(runs, 1, 10000);
-
-        // On the steady clock, a deadline earlier than the running timer's is not missed.
-        Clock::setMonotonicSource({});
-        auto restore =
-            qScopeGuard([this] { Clock::setMonotonicSource([this] { return m_monotonic; }); });
-        task.schedule(60 * 60 * 1000);
-        task.schedule(20);
-        QTRY_COMPARE_WITH_TIMEOUT(runs, 2, 10000);
-    }
-
     void setupStartsTheSourcesAndArmsTheFirstStop()
     {
         QCOMPARE(m_lock->starts, 1);

@@ -1,6 +1,7 @@
-// BreakView as the user sees it, drawn offscreen: the prompt with and without
-// backslash-n, "Skip" present or absent, the countdown ending the break in
-// every view, and the water reminder's promotion.
+// BreakView drawn offscreen: the prompt with and without backslash-n, "Skip"
+// held like a button or absent, and the countdown ending the break in every
+// view. The windows, the forced long break and the promotion are clicked in
+// tests/e2e/break_windows.sh.
 
 #include "LogTail.h"
 #include "TestSupport.h"
@@ -60,18 +61,13 @@ private Q_SLOTS:
 
     void prompt_data();
     void prompt();
-    void promptFollowsTheSharedState();
-    void skipButtonFollowsTheSkipFlag();
-    void forcedLongBreakHasNoSkip();
-    void skipEndsTheBreak();
+    void heldSkipEndsTheBreakAndAbsentSkipDoesNothing();
     void countdownEndRunsSkipOncePerView();
     void aNewBreakIsNotEndedByTheLastOne();
-    void promotionTapEndsTheBreakAndOpensPreferences();
 
 private:
     QQuickView *addView();
     QQuickItem *item(QQuickView *view, const char *name);
-    void click(QQuickView *view, QQuickItem *target);
     QString workLength() { return timeString(AppState::prefState()->workTime() * 60); }
 
     std::optional<ScratchHome> m_home;
@@ -130,30 +126,15 @@ QQuickItem *TestBreakView::item(QQuickView *view, const char *name)
     return view->rootObject()->findChild<QQuickItem *>(QLatin1String(name));
 }
 
-void TestBreakView::click(QQuickView *view, QQuickItem *target)
-{
-    const QPointF centre = target->mapToScene(QPointF(target->width() / 2, target->height() / 2));
-    QTest::mouseClick(view, Qt::LeftButton, {}, centre.toPoint());
-}
-
 void TestBreakView::prompt_data()
 {
     QTest::addColumn<QString>("prompt");
     QTest::addColumn<QString>("shown");
     QTest::addColumn<int>("lines");
-    QTest::newRow("one paragraph")
-        << QStringLiteral("Stand up and stretch") << QStringLiteral("Stand up and stretch") << 1;
-    QTest::newRow("backslash-n breaks the line")
-        << QStringLiteral("Stand up.\\nLook far away.")
-        << QStringLiteral("Stand up.\nLook far away.") << 2;
-    QTest::newRow("every backslash-n")
+    QTest::newRow("every backslash-n breaks the line")
         << QStringLiteral("a\\nb\\nc") << QStringLiteral("a\nb\nc") << 3;
-    QTest::newRow("a real line break stays")
-        << QStringLiteral("a\nb") << QStringLiteral("a\nb") << 2;
-    QTest::newRow("backslash before another letter")
-        << QStringLiteral("C:\\temp") << QStringLiteral("C:\\temp") << 1;
-    QTest::newRow("markup is shown as typed")
-        << QStringLiteral("<b>bold</b>") << QStringLiteral("<b>bold</b>") << 1;
+    QTest::newRow("backslash before another letter, markup as typed")
+        << QStringLiteral("C:\\temp <b>") << QStringLiteral("C:\\temp <b>") << 1;
     QTest::newRow("long text wraps inside the screen")
         << QString(QStringLiteral("rest ")).repeated(80).trimmed()
         << QString(QStringLiteral("rest ")).repeated(80).trimmed() << -1;
@@ -176,81 +157,35 @@ void TestBreakView::prompt()
     QVERIFY2(onScreen.left() >= 0 && onScreen.right() <= view->width(),
              qPrintable(QStringLiteral("%1..%2").arg(onScreen.left()).arg(onScreen.right())));
     QCOMPARE_LE(qAbs(onScreen.center().x() - view->width() / 2.0), 1.0);
-    QCOMPARE(text->property("horizontalAlignment").toInt(), int(Qt::AlignHCenter));
     if (lines > 0)
         QCOMPARE(text->property("lineCount").toInt(), lines);
     else
         QVERIFY(text->property("lineCount").toInt() > 1);
-    QCOMPARE(text->property("font").value<QFont>().pixelSize(), 40);
-    QVERIFY(text->property("font").value<QFont>().bold());
 }
 
-void TestBreakView::promptFollowsTheSharedState()
-{
-    QQuickView *first = addView();
-    QQuickView *second = addView();
-    QVERIFY(first && second);
-    AppState::promptState()->setPrompt(QStringLiteral("Drink\\nsomething"));
-    AppState::breakState()->setTimeString(QStringLiteral("04:59"));
-    for (QQuickView *view : {first, second}) {
-        QCOMPARE(item(view, "prompt")->property("text").toString(),
-                 QStringLiteral("Drink\nsomething"));
-        QCOMPARE(item(view, "countdown")->property("text").toString(), QStringLiteral("04:59"));
-    }
-}
-
-void TestBreakView::skipButtonFollowsTheSkipFlag()
-{
-    QQuickView *view = addView();
-    QVERIFY(view);
-    QQuickItem *skip = item(view, "skip");
-    QVERIFY(skip);
-    QVERIFY(skip->isVisible());
-    QVERIFY(skip->width() > 0);
-    const QRectF where = skip->mapRectToScene(skip->boundingRect());
-
-    AppState::promptState()->setShowSkipButton(false);
-    QVERIFY(!skip->isVisible());
-    // Absent, not disabled: a click where it was does nothing.
-    QTest::mouseClick(view, Qt::LeftButton, {}, where.center().toPoint());
-    QCOMPARE(m_calls.closed, 0);
-    QVERIFY(!m_log.newMessages().contains(QStringLiteral("skip break view")));
-
-    AppState::promptState()->setShowSkipButton(true);
-    QVERIFY(skip->isVisible());
-}
-
-void TestBreakView::forcedLongBreakHasNoSkip()
-{
-    PrefState *pref = AppState::prefState();
-    pref->setShortBreakTimes(2);
-    pref->setForceLongBreak(true);
-    QQuickView *view = addView();
-    QVERIFY(view);
-    QQuickItem *skip = item(view, "skip");
-    QList<bool> shown;
-    for (int n = 0; n < 2; ++n) {
-        AppState::promptState()->showBreak();
-        shown << skip->isVisible();
-        AppState::promptState()->closePrompt();
-    }
-    QCOMPARE(shown, (QList<bool>{true, false}));
-    QVERIFY(item(view, "waterReminder")->isVisible()); // the promotion stays
-}
-
-void TestBreakView::skipEndsTheBreak()
+void TestBreakView::heldSkipEndsTheBreakAndAbsentSkipDoesNothing()
 {
     AppState::prefState()->setWorkTime(2);
     AppState::promptState()->showBreak();
     QQuickView *view = addView();
     QVERIFY(view);
-    m_log.newMessages();
-    click(view, item(view, "skip"));
+    QQuickItem *skip = item(view, "skip");
+    const QPoint centre = skip->mapRectToScene(skip->boundingRect()).center().toPoint();
+
+    // Held for two seconds before the release, as a slow hand or a busy
+    // machine makes it: still a click.
+    QTest::mousePress(view, Qt::LeftButton, {}, centre);
+    QTest::mouseRelease(view, Qt::LeftButton, {}, centre, 2000);
     QCOMPARE(m_calls.closed, 1);
     QCOMPARE(m_calls.prefs, 0);
     QVERIFY(m_log.newMessages().contains(QStringLiteral("skip break view")));
     QVERIFY(AppState::working());
     QCOMPARE(AppState::workState()->timeString(), QStringLiteral("02:00"));
+
+    // Absent, not disabled: a click where it was does nothing.
+    AppState::promptState()->setShowSkipButton(false);
+    QTest::mouseClick(view, Qt::LeftButton, {}, centre);
+    QCOMPARE(m_calls.closed, 1);
 }
 
 void TestBreakView::countdownEndRunsSkipOncePerView()
@@ -290,32 +225,6 @@ void TestBreakView::aNewBreakIsNotEndedByTheLastOne()
     QCOMPARE(m_calls.closed, 1);
     QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("00:01"));
     QVERIFY(item(view, "skip")->isVisible());
-}
-
-void TestBreakView::promotionTapEndsTheBreakAndOpensPreferences()
-{
-    PrefState *pref = AppState::prefState();
-    pref->setShortBreakTimes(1);
-    pref->setForceLongBreak(true);
-    AppState::promptState()->showBreak(); // long and unskippable
-    QQuickView *view = addView();
-    QVERIFY(view);
-    QVERIFY(!item(view, "skip")->isVisible());
-    m_log.newMessages();
-
-    click(view, item(view, "waterReminder"));
-    const QStringList log = m_log.newMessages();
-    const qsizetype clicked = log.indexOf(QStringLiteral("Click new feature: Water Reminder"));
-    QVERIFY2(clicked >= 0, qPrintable(log.join(u'\n')));
-    QVERIFY(log.indexOf(QStringLiteral("skip break view")) > clicked);
-    QCOMPARE(m_calls.closed, 1);
-    QCOMPARE(m_calls.prefs, 1);
-    QCOMPARE(AppState::workState()->timeString(), workLength());
-
-    // "New Feature:" above the link is not part of it.
-    QQuickItem *promotion = item(view, "promotion");
-    QTest::mouseClick(view, Qt::LeftButton, {}, promotion->mapToScene(QPointF(4, 4)).toPoint());
-    QCOMPARE(m_calls.prefs, 1);
 }
 
 int main(int argc, char **argv)

@@ -1,13 +1,12 @@
 // The Qt Quick window backend: the engine made on first need, one window per
-// screen found again by title, the fades, closing twice, a break that starts while the last one
-// fades out, the backing stores given back between breaks, and About. Runs on a private X server
-// with two monitors, "left" and "right" (tests/run-on-xvfb); the program as a whole is
-// tests/e2e/break_windows.sh.
+// screen found again by title, the fades, closing twice, a break that starts
+// while the last one fades out, and monitors coming and going. Runs on a
+// private X server with two monitors, "left" and "right" (tests/run-on-xvfb);
+// the program as a whole, with the backing stores given back between breaks,
+// is tests/e2e/break_windows.sh.
 
 #include "TestSupport.h"
-#include "gui/ProcessMemory.h"
 
-#include "app/AppInfo.h"
 #include "app/AppState.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
@@ -39,10 +38,7 @@ private Q_SLOTS:
     void engineIsMadeOnFirstNeed();
     void fadesInAndOut();
     void aBreakDuringTheFadeOutStaysShown();
-    void closingWithoutABreakShowsNothing();
     void screensComingAndGoing();
-    void hiddenWindowsKeepNoBackingStore();
-    void aboutWindow();
 
 private:
     std::optional<ScratchHome> m_home;
@@ -133,17 +129,6 @@ void TestBreakWindows::aBreakDuringTheFadeOutStaysShown()
     QTRY_COMPARE_WITH_TIMEOUT(window->opacity(), 1.0, kFadeWait);
 }
 
-void TestBreakWindows::closingWithoutABreakShowsNothing()
-{
-    // A screen lock outside a break closes the break windows too.
-    m_backend->closeBreak();
-    const QList<QQuickView *> windows = m_backend->breakWindows();
-    QCOMPARE(windows.size(), QGuiApplication::screens().size());
-    QTest::qWait(100);
-    for (QQuickView *window : windows)
-        QVERIFY(!window->isVisible());
-}
-
 void TestBreakWindows::screensComingAndGoing()
 {
     m_backend->showBreak();
@@ -185,71 +170,6 @@ void TestBreakWindows::screensComingAndGoing()
     QCOMPARE(m_backend->breakWindow(QGuiApplication::screens().at(1)), right);
     QVERIFY(right->isVisible());
     QCOMPARE(right->geometry(), QRect(1280, 0, 1280, 800));
-}
-
-void TestBreakWindows::hiddenWindowsKeepNoBackingStore()
-{
-    const long before = ProcessMemory::sharedKiB();
-    QVERIFY(before >= 0);
-    m_backend->showBreak();
-    const QList<QQuickView *> windows = m_backend->breakWindows();
-    QCOMPARE(windows.size(), 2);
-    QList<WId> ids;
-    for (QQuickView *window : windows) {
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        ids << window->winId();
-    }
-    // Two screens of 1280×800: their windows' pixels, shared with the X server.
-    const long screens = 2 * ProcessMemory::backingStoreKiB(1280, 800);
-    QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before >= screens, kFadeWait);
-
-    m_backend->closeBreak();
-    for (QQuickView *window : windows)
-        QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), kFadeWait);
-    // Hidden, they give the memory back...
-    QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before < 64, kFadeWait);
-    // ...but stay what they were: the same windows, at their screens' size.
-    QCOMPARE(m_backend->breakWindows(), windows);
-    for (qsizetype i = 0; i < windows.size(); ++i) {
-        QCOMPARE(windows.at(i)->winId(), ids.at(i));
-        QCOMPARE(windows.at(i)->size(), QSize(1280, 800));
-        QCOMPARE(windows.at(i)->rootObject()->size(), QSizeF(1280, 800));
-    }
-
-    // The next break draws them whole again.
-    m_backend->showBreak();
-    QCOMPARE(m_backend->breakWindows(), windows);
-    for (QQuickView *window : windows) {
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        QCOMPARE(window->geometry(), window->screen()->geometry());
-    }
-    QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before >= screens, kFadeWait);
-    QTRY_COMPARE_WITH_TIMEOUT(windows.first()->opacity(), 1.0, kFadeWait);
-}
-
-void TestBreakWindows::aboutWindow()
-{
-    m_backend->showAbout();
-    QQuickView *about = m_backend->aboutWindow();
-    QVERIFY(about);
-    QVERIFY(QTest::qWaitForWindowExposed(about));
-    QCOMPARE(about->status(), QQuickView::Ready);
-    QStringList texts;
-    for (QQuickItem *item : about->rootObject()->findChildren<QQuickItem *>()) {
-        const QString text = item->property("text").toString();
-        if (!text.isEmpty())
-            texts << text;
-    }
-    QVERIFY2(texts.contains(QStringLiteral("Narv")), qPrintable(texts.join(u'|')));
-    QVERIFY(texts.contains(
-        QStringLiteral("Version %1 (%2)").arg(AppInfo::version(), AppInfo::build())));
-    QVERIFY(texts.filter(QStringLiteral("Copyright")).size() == 1);
-    const QStringList links = texts.filter(QStringLiteral("Release Notes"));
-    QCOMPARE(links.size(), 1);
-    QVERIFY(links.first().contains(QStringLiteral("https://narv.app/release_note/")));
-    // Asking again raises the same window.
-    m_backend->showAbout();
-    QCOMPARE(m_backend->aboutWindow(), about);
 }
 
 int main(int argc, char **argv)

@@ -192,45 +192,5 @@ Item {
             verify(prompt.visible);
             compare(prompt.text, "Stand up");
         }
-
-        // Every row's controls start at one x, the tab's `feature` guide.
-        function test_rowsLineUp() {
-            showTab("tray.circle");
-            mouseClick(findChild(view, "customBreakPrompt")); // shows the prompt's row
-            const names = ["workTime", "breakTime", "customBreakPrompt", "breakPrompt", "forceLongBreak",
-                           "shortBreakTimes", "longBreakTime", "restartTimerAfterAwake",
-                           "stopTimerAfterMouseStop", "showNewDayTip"];
-            const xs = names.map(name => findChild(view, name).mapToItem(view, 0, 0).x);
-            verify(xs[0] > 20);
-            for (let i = 1; i < names.length; ++i)
-                compare(xs[i], xs[0], names[i]);
-        }
-
-        function test_keyboard() {
-            // Tab goes from switch to switch; Space toggles.
-            const login = findChild(view, "launchAtLogin");
-            const showTime = findChild(view, "showTime");
-            const update = findChild(view, "autoCheckUpdate");
-            login.forceActiveFocus();
-            keyClick(Qt.Key_Tab);
-            verify(showTime.activeFocus);
-            keyClick(Qt.Key_Tab);
-            verify(update.activeFocus);
-            keyClick(Qt.Key_Space);
-            compare(Probe.stored("auto_check_update"), "false");
-
-            // On the Workflow tab: minus, field, plus, then the next row.
-            showTab("tray.circle");
-            const work = findChild(view, "workTime");
-            findChild(work, "minus").forceActiveFocus();
-            keyClick(Qt.Key_Tab);
-            verify(findChild(work, "field").activeFocus);
-            keyClick(Qt.Key_Tab);
-            verify(findChild(work, "plus").activeFocus);
-            keyClick(Qt.Key_Space);
-            compare(Probe.stored("pref.work.time"), "26");
-            keyClick(Qt.Key_Tab);
-            verify(findChild(findChild(view, "breakTime"), "minus").activeFocus);
-        }
     }
 }

@@ -50,40 +50,6 @@ Item {
             return Probe.logMessages();
         }
 
-        function test_freshInstall() {
-            compare(findChild(water, "enable").checked, false);
-            compare(findChild(findChild(water, "target"), "field").text, "1500");
-            compare(findChild(water, "mode").currentText, "Interval");
-            compare(findChild(water, "mode").count, 1, "one mode is offered");
-            compare(findChild(water, "modeTip").text, "Will remind you every selected time interval");
-            compare(picker("startTime").displayText, "07:00");
-            compare(picker("endTime").displayText, "20:00");
-            // One small field each.
-            verify(picker("startTime").width <= 90, picker("startTime").width);
-
-            const labels = [15, 30, 45, 60, 90, 120].map(v => findChild(water, "chip" + v));
-            compare(labels.map(chip => chip.Accessible.name),
-                    ["15min", "30min", "45min", "60min", "90min", "120min"]);
-            // Three columns of 70.
-            compare(labels[0].width, 70);
-            compare(labels[1].x - labels[0].x, 78);
-            compare(labels[3].x, labels[0].x);
-            verify(labels[3].y > labels[0].y);
-            const highlight = findChild(water, "highlight");
-            verify(highlight.visible);
-            tryCompare(highlight, "x", labels[0].x);
-            tryCompare(highlight, "y", labels[0].y);
-        }
-
-        // Every row's controls start at one x, the tab's `feature` guide.
-        function test_rowsLineUp() {
-            const names = ["enable", "target", "mode", "modeTip", "startTime", "endTime", "intervals"];
-            const xs = names.map(name => findChild(water, name).mapToItem(view, 0, 0).x);
-            verify(xs[0] > 20);
-            for (let i = 1; i < names.length; ++i)
-                compare(xs[i], xs[0], names[i]);
-        }
-
         function test_switchOnAndOff() {
             mouseClick(findChild(water, "enable"));
             verify(Probe.hasWaterItem());

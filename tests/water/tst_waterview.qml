@@ -86,20 +86,6 @@ TestCase {
                   "the cup is at " + part(window, "cup").x);
     }
 
-    // The bar moves to a new tally rather than jumping, and stops at the end.
-    function test_progressAnimates() {
-        const window = openPanel();
-        const fill = part(window, "fill");
-        const bar = part(window, "bar");
-        water.finished = 750;
-        verify(fill.width < bar.width / 2, "the bar jumped");
-        tryVerify(() => Math.abs(fill.width - bar.width / 2) < 0.01, 2000);
-        water.finished = 3000;
-        tryVerify(() => Math.abs(fill.width - bar.width) < 0.01, 2000);
-        wait(100);
-        compare(fill.width, bar.width);
-    }
-
     function test_countdownFromTheArmedJob() {
         water.schedule();
         verify(Fixture.jobArmed());
@@ -125,13 +111,6 @@ TestCase {
         tryCompare(tip, "text", "It's time to drink water!", 5000);
         verify(!countdown.visible);
         verify(tip.font.bold);
-    }
-
-    function test_countdownPastTheDeadline() {
-        water.lastClickTimestamp = Fixture.nowSeconds() - 16 * 60;
-        const window = openPanel();
-        compare(part(window, "tip").text, "It's time to drink water!");
-        verify(!part(window, "countdown").visible);
     }
 
     function test_countdownFollowsTheWorkingHours() {

@@ -1,12 +1,11 @@
 // The water panel's window, made by the Qt Quick window backend on a private X
 // server with two monitors (tests/run-on-xvfb): its place, the fades when the
-// menu toggles it, its pixels given back while hidden, see-through only with a
-// compositor, and the fatal stop for
+// menu toggles it, see-through only with a compositor, and the fatal stop for
 // a target of 0 with its message in the log. The program as a whole, with the
-// window manager hints, is tests/e2e/water_panel.sh.
+// window manager hints and the place it was moved to, is
+// tests/e2e/water_panel.sh.
 
 #include "TestSupport.h"
-#include "gui/ProcessMemory.h"
 
 #include "app/AppState.h"
 #include "app/Clock.h"
@@ -120,34 +119,6 @@ private Q_SLOTS:
         WindowController::showWaterView();
         QCOMPARE(m_backend->waterWindow(), window);
         QVERIFY(window->isVisible());
-        WindowController::closeWaterView();
-        QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), kFadeWait);
-    }
-
-    void hiddenItKeepsItsPlaceButNotItsPixels()
-    {
-        QQuickView *window = m_backend->waterWindow();
-        QVERIFY(!window->isVisible());
-        const long before = ProcessMemory::sharedKiB();
-        WindowController::showWaterView();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        const long panel = ProcessMemory::backingStoreKiB(280, 330);
-        QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before >= panel, kFadeWait);
-        // Put elsewhere, as the user may drag it.
-        window->setPosition(400, 300);
-        QTRY_COMPARE(window->position(), QPoint(400, 300));
-
-        WindowController::closeWaterView();
-        QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), kFadeWait);
-        QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before < panel / 4, kFadeWait);
-        QCOMPARE(window->geometry(), QRect(400, 300, 280, 330));
-
-        // Back where it was left, drawn whole.
-        WindowController::showWaterView();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        QCOMPARE(window->geometry(), QRect(400, 300, 280, 330));
-        QCOMPARE(window->rootObject()->size(), QSizeF(280, 330));
-        QTRY_VERIFY_WITH_TIMEOUT(ProcessMemory::sharedKiB() - before >= panel, kFadeWait);
         WindowController::closeWaterView();
         QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), kFadeWait);
     }
