@@ -11,9 +11,6 @@ class HistoryPrefs : public QObject {
     Q_PROPERTY(bool keepHistory READ keepHistory WRITE setKeepHistory NOTIFY keepHistoryChanged)
     Q_PROPERTY(qint64 keepDays READ keepDays WRITE setKeepDays NOTIFY keepDaysChanged)
 public:
-    static constexpr const char *keepHistoryKey = "pref.history.enable";
-    static constexpr const char *keepDaysKey = "pref.history.keep.days";
-    static constexpr qint64 defaultKeepDays = 365;
     static constexpr qint64 maxKeepDays = 3650;
 
     explicit HistoryPrefs(PreferencesStore &store, QObject *parent = nullptr);

@@ -39,6 +39,8 @@ enum class Setting {
     waterFinished,
     waterLastSelectedAmount,
     waterLastShowDate,
+    keepHistory,
+    historyKeepDays,
 };
 
 enum class SettingType { boolean, integer, number, text, textList };
@@ -116,6 +118,10 @@ inline constexpr SettingEntry settingsTable[] = {
      nullptr, "ml", "what Done adds"},
     {Setting::waterLastShowDate, "pref.water.lastShowDate", SettingType::number, 0, nullptr,
      "seconds since 1970", "the start of the current interval and the tally's day"},
+    {Setting::keepHistory, "pref.history.enable", SettingType::boolean, 0, nullptr, "",
+     "History... comes or goes in the menu; recording starts or stops"},
+    {Setting::historyKeepDays, "pref.history.keep.days", SettingType::integer, 365, nullptr, "days",
+     "older history goes at the next start"},
 };
 
 namespace Settings {
@@ -145,5 +151,5 @@ constexpr bool settingsTableInOrder()
     return true;
 }
 static_assert(settingsTableInOrder(), "settingsTable rows must follow the order of Setting");
-static_assert(std::size(settingsTable) == int(Setting::waterLastShowDate) + 1,
+static_assert(std::size(settingsTable) == int(Setting::historyKeepDays) + 1,
               "every Setting needs its row in settingsTable");
