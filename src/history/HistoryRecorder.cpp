@@ -1,9 +1,9 @@
 #include "history/HistoryRecorder.h"
 
+#include "Module.h"
 #include "app/AppState.h"
 #include "app/Clock.h"
 #include "app/Log.h"
-#include "Module.h"
 #include "app/SystemEventController.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
