@@ -58,11 +58,19 @@ void HistoryChart::refresh()
     const QDate today = Clock::now().toLocalTime().date();
     const QDate first = today.addDays(1 - m_span);
     QList<HistoryEvent> events;
+    QMap<QDate, qint64> targets;
     m_problem.clear();
-    if (!HistoryStore::read(m_path, first, &events, &m_problem))
+    if (!HistoryStore::read(m_path, first, &events, &m_problem, &targets))
         events.clear();
     m_days = summarize(events, first, m_span);
     m_target = std::max<qint64>(AppState::waterState()->target(), 0);
+    // A day's target is the last one set on or before it; today's is the
+    // setting as it is now, and so is any day before the first one kept.
+    targets.insert(today, m_target);
+    for (HistoryDay &day : m_days) {
+        const auto after = targets.upperBound(day.date);
+        day.target = after == targets.cbegin() ? m_target : std::prev(after).value();
+    }
     Q_EMIT refreshed();
 }
 
@@ -76,8 +84,9 @@ QVariantMap HistoryChart::dayMap(const HistoryDay &day) const
         {QStringLiteral("skipped"), day.skipped},
         {QStringLiteral("worked"), int(day.worked / 60)},
         {QStringLiteral("water"), day.water},
+        {QStringLiteral("target"), day.target},
         {QStringLiteral("waterShare"),
-         m_target > 0 ? std::min(1.0, double(day.water) / double(m_target)) : 0.0},
+         day.target > 0 ? std::min(1.0, double(day.water) / double(day.target)) : 0.0},
     };
 }
 

@@ -15,6 +15,7 @@ struct HistoryDay {
     int skipped = 0;   // breaks cut short with Skip
     qint64 worked = 0; // seconds the work countdown ran, by the day it started
     qint64 water = 0;  // ml
+    qint64 target = 0; // ml, the water target that day
 };
 
 // The history window's figures: the last `span` days up to today, read from
@@ -24,8 +25,8 @@ class HistoryChart : public QObject {
     QML_ELEMENT
     Q_PROPERTY(int span READ span WRITE setSpan NOTIFY spanChanged)
     // One map a day, oldest first: date (Date), label, taken, skipped,
-    // worked (minutes), water (ml), waterShare (of the target, 0 to 1; 0
-    // without a target).
+    // worked (minutes), water (ml), target (ml, that day's), waterShare (of
+    // that day's target, 0 to 1; 0 without a target).
     Q_PROPERTY(QVariantList days READ days NOTIFY refreshed)
     Q_PROPERTY(QVariantMap today READ today NOTIFY refreshed)
     Q_PROPERTY(int mostBreaks READ mostBreaks NOTIFY refreshed)

@@ -9,7 +9,9 @@ class QIODevice;
 
 // One row of the history, as it happened.
 struct HistoryEvent {
-    // "work" (the work countdown ran), "break", "pause" or "drink"
+    // "work" (the work countdown ran), "break", "pause" or "drink"; or
+    // "target": the water target (ml) of the day `started` falls on, kept
+    // with the day rather than as a row
     QString kind;
     qint64 started = 0; // seconds since 1970-01-01 UTC
     qint64 seconds = 0; // how long it lasted; 0 for a drink

@@ -64,6 +64,8 @@ HistoryRecorder::HistoryRecorder(QObject *parent) : QObject(parent)
     }
     connect(AppState::waterState(), &PrefWaterState::finishedChanged, this,
             &HistoryRecorder::onTallyChanged);
+    connect(AppState::waterState(), &PrefWaterState::targetChanged, this,
+            &HistoryRecorder::recordTarget);
 }
 
 HistoryRecorder::~HistoryRecorder()
@@ -91,7 +93,21 @@ void HistoryRecorder::setLog(std::unique_ptr<HistoryLog> log)
     if (!m_log)
         return;
     m_tally = AppState::waterState()->finished();
+    recordTarget();
     look();
+}
+
+void HistoryRecorder::recordTarget()
+{
+    // Kept with the day, so that the chart draws past days against their own.
+    if (m_log)
+        m_log->record({QStringLiteral("target"),
+                       Clock::now().toSecsSinceEpoch(),
+                       0,
+                       0,
+                       {},
+                       {},
+                       AppState::waterState()->target()});
 }
 
 void HistoryRecorder::lookSoon()

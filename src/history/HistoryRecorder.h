@@ -9,7 +9,8 @@
 
 // Watches the work cycle and the water tally from outside the core and hands
 // one row per finished phase to the history: a work period, a break (with its
-// kind and how it ended), a pause (with its cause), a drink. Only while
+// kind and how it ended), a pause (with its cause), a drink; and the day's
+// water target. Only while
 // "Keep a history" is on; switching it on loads the store's module.
 class HistoryRecorder : public QObject {
     Q_OBJECT
@@ -35,6 +36,7 @@ private:
     Phase currentPhase() const;
     void finishPhase(qint64 now);
     void onTallyChanged();
+    void recordTarget();
 
     std::unique_ptr<HistoryLog> m_log;
     bool m_lookPending = false;

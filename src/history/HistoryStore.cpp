@@ -41,6 +41,12 @@ bool run(QSqlDatabase db, const QString &sql, QSqlError *error, QVariant *firstV
     return true;
 }
 
+// A day as the days table keys it: the local date.
+QString dayKey(const QDateTime &time)
+{
+    return time.toLocalTime().date().toString(Qt::ISODate);
+}
+
 QString csvField(const QString &text)
 {
     if (!text.contains(u',') && !text.contains(u'"') && !text.contains(u'\n'))
@@ -142,22 +148,24 @@ bool HistoryStore::prepare(qint64 keepDays, qint64 now, QSqlError *error, QStrin
     }
     if (version < schemaVersion) {
         db.transaction();
-        bool ok = true;
-        if (version == 0)
-            ok = run(db,
-                     QStringLiteral("CREATE TABLE IF NOT EXISTS events (id INTEGER PRIMARY KEY, "
+        QStringList steps;
+        if (version < 1)
+            steps << QStringLiteral("CREATE TABLE IF NOT EXISTS events (id INTEGER PRIMARY KEY, "
                                     "kind TEXT NOT NULL, started INTEGER NOT NULL, "
                                     "seconds INTEGER NOT NULL DEFAULT 0, planned INTEGER NOT NULL "
-                                    "DEFAULT 0, detail TEXT, ml INTEGER NOT NULL DEFAULT 0)"),
-                     error);
-        ok = ok && run(db, QStringLiteral("ALTER TABLE events ADD COLUMN ended TEXT"), error);
-        ok = ok &&
-             run(db, QStringLiteral("CREATE INDEX IF NOT EXISTS events_started ON events(started)"),
-                 error);
-        ok = ok && run(db, QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion), error);
-        if (!ok) {
-            db.rollback();
-            return false;
+                                    "DEFAULT 0, detail TEXT, ml INTEGER NOT NULL DEFAULT 0)");
+        if (version < 2)
+            steps << QStringLiteral("ALTER TABLE events ADD COLUMN ended TEXT")
+                  << QStringLiteral("CREATE INDEX IF NOT EXISTS events_started ON events(started)");
+        if (version < 3)
+            steps << QStringLiteral("CREATE TABLE IF NOT EXISTS days (day TEXT PRIMARY KEY, "
+                                    "water_target INTEGER NOT NULL)");
+        steps << QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion);
+        for (const QString &step : std::as_const(steps)) {
+            if (!run(db, step, error)) {
+                db.rollback();
+                return false;
+            }
         }
         if (!db.commit()) {
             *error = db.lastError();
@@ -171,21 +179,32 @@ bool HistoryStore::prepare(qint64 keepDays, qint64 now, QSqlError *error, QStrin
         *error = prune.lastError();
         return false;
     }
-    return true;
+    return run(db,
+               QStringLiteral("DELETE FROM days WHERE day < '%1'")
+                   .arg(dayKey(QDateTime::fromSecsSinceEpoch(now - keepDays * secondsPerDay))),
+               error);
 }
 
 bool HistoryStore::add(const HistoryEvent &event, QString *problem)
 {
     QSqlQuery insert(database());
-    insert.prepare(QStringLiteral("INSERT INTO events (kind, started, seconds, planned, detail, "
-                                  "ended, ml) VALUES (?, ?, ?, ?, ?, ?, ?)"));
-    insert.addBindValue(event.kind);
-    insert.addBindValue(event.started);
-    insert.addBindValue(event.seconds);
-    insert.addBindValue(event.planned);
-    insert.addBindValue(event.detail.isEmpty() ? QVariant() : QVariant(event.detail));
-    insert.addBindValue(event.ended.isEmpty() ? QVariant() : QVariant(event.ended));
-    insert.addBindValue(event.ml);
+    if (event.kind == QLatin1String("target")) {
+        // Set again the same day, the last one stands.
+        insert.prepare(
+            QStringLiteral("INSERT OR REPLACE INTO days (day, water_target) VALUES (?, ?)"));
+        insert.addBindValue(dayKey(QDateTime::fromSecsSinceEpoch(event.started)));
+        insert.addBindValue(event.ml);
+    } else {
+        insert.prepare(QStringLiteral("INSERT INTO events (kind, started, seconds, planned, "
+                                      "detail, ended, ml) VALUES (?, ?, ?, ?, ?, ?, ?)"));
+        insert.addBindValue(event.kind);
+        insert.addBindValue(event.started);
+        insert.addBindValue(event.seconds);
+        insert.addBindValue(event.planned);
+        insert.addBindValue(event.detail.isEmpty() ? QVariant() : QVariant(event.detail));
+        insert.addBindValue(event.ended.isEmpty() ? QVariant() : QVariant(event.ended));
+        insert.addBindValue(event.ml);
+    }
     if (insert.exec())
         return true;
     *problem = QStringLiteral("cannot write to %1 (%2)").arg(m_path, describe(insert.lastError()));
@@ -193,7 +212,7 @@ bool HistoryStore::add(const HistoryEvent &event, QString *problem)
 }
 
 bool HistoryStore::read(const QString &path, const QDate &since, QList<HistoryEvent> *events,
-                        QString *error)
+                        QString *error, QMap<QDate, qint64> *targets)
 {
     if (!QFileInfo::exists(path)) {
         *error = QStringLiteral("no history at %1").arg(path);
@@ -228,6 +247,14 @@ bool HistoryStore::read(const QString &path, const QDate &since, QList<HistoryEv
             } else {
                 failure = query.lastError();
             }
+            // Every day's target (a year's at most): a day without one has the one before.
+            QSqlQuery days(db);
+            if (ok && targets && version.toInt() >= 3 &&
+                !(ok = days.exec(QStringLiteral("SELECT day, water_target FROM days"))))
+                failure = days.lastError();
+            while (ok && targets && days.next())
+                targets->insert(QDate::fromString(days.value(0).toString(), Qt::ISODate),
+                                days.value(1).toLongLong());
         } else if (!db.isOpen()) {
             failure = db.lastError();
         }

@@ -2,6 +2,7 @@
 
 #include "history/HistoryLog.h"
 
+#include <QMap>
 #include <QString>
 
 class QIODevice;
@@ -14,9 +15,11 @@ class QSqlError;
 // Schema versions (PRAGMA user_version):
 //  1  events(id, kind, started, seconds, planned, detail, ml)
 //  2  adds how a break ended (ended) and an index on started
+//  3  adds days(day, water_target): each day's water target (ml), the day as
+//     the local date in ISO form
 class HistoryStore {
 public:
-    static constexpr int schemaVersion = 2;
+    static constexpr int schemaVersion = 3;
 
     // `connection` names the Qt SQL connection; one per store.
     explicit HistoryStore(const QString &connection);
@@ -36,9 +39,10 @@ public:
     // Writes the rows from local midnight of `since` on (all of them for a
     // null date) as CSV with a header line, oldest first. Reads only.
     static bool exportCsv(const QString &path, const QDate &since, QIODevice *out, QString *error);
-    // The same rows, for the window.
+    // The same rows, for the window, and each day's water target where one
+    // was kept (all of them, whatever `since`).
     static bool read(const QString &path, const QDate &since, QList<HistoryEvent> *events,
-                     QString *error);
+                     QString *error, QMap<QDate, qint64> *targets = nullptr);
 
 private:
     QSqlDatabase database() const;

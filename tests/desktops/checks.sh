@@ -1,15 +1,15 @@
 # Sourced by tests/desktops/run inside a shell's session: $build is the build
-# folder, $WORK a scratch folder of the session's user.
-
-# The end-to-end tests' helpers, the status menu's (menu_call, menu_find,
-# menu_click) among them; the functions of the same name below are this
-# script's own and replace theirs.
+# folder, $WORK a scratch folder of the session's user. The shell's script
+# starts its shell, says how to ask it about windows, then calls run_checks.
+# The end-to-end tests' helpers (the status menu's, logged, views_pid) come
+# along; the functions of the same name below replace theirs.
 source "$here/../e2e/common.sh"
 
 failed=0
-mkdir -p "$WORK/shots" "$WORK/runtime"
+mkdir -p "$WORK/shots" "$WORK/runtime" "$WORK/bin"
 chmod 700 "$WORK/runtime"
 export XDG_RUNTIME_DIR=$WORK/runtime
+home=$WORK # common.sh's log reads $home/cache
 export HOME=$WORK XDG_CONFIG_HOME=$WORK/config XDG_CACHE_HOME=$WORK/cache
 export XDG_DATA_DIRS=$WORK/share:/usr/local/share:/usr/share
 mkdir -p "$XDG_CONFIG_HOME/narv" "$WORK/share/applications"
@@ -17,6 +17,7 @@ mkdir -p "$XDG_CONFIG_HOME/narv" "$WORK/share/applications"
 sed "s|^Exec=narv|Exec=$build/narv|" "$here/../../resources/desktop/app.narv.Narv.desktop" \
     >"$WORK/share/applications/app.narv.Narv.desktop"
 cp -r "$here/../../resources/icons" "$WORK/share/"
+trap 'kill $(jobs -p) 2>/dev/null' EXIT
 
 ok() { echo "ok: $shell: $*"; }
 fail() {
@@ -24,9 +25,6 @@ fail() {
     failed=$((failed + 1))
 }
 skip() { echo "skipped: $shell: $*"; }
-log() { cat "$XDG_CACHE_HOME"/narv/Logs/*.log 2>/dev/null || true; }
-count() { log | grep -c -- "$1" || true; }
-logged() { [[ $(count "$1") -ge ${2:-1} ]]; }
 # Waits up to $1 seconds for the command after it to succeed; counted in
 # seconds, not tries: on a busy machine one try can take a second.
 wait_for() {
@@ -37,9 +35,29 @@ wait_for() {
         sleep 0.1
     done
 }
-shot() { echo "screenshot: docs/screenshots/$1"; }
-# A shell without a way to take one says so.
-screenshot() { return 1; }
+# The shell is up within $1 seconds ($2 says so), or the run ends here.
+shell_up() {
+    wait_for "$1" "$2" && return
+    fail "$2: the shell did not come up: $(tail -3 "$3")"
+    finish
+    exit
+}
+name_owned() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+        "string:$1" 2>/dev/null | grep -q "boolean true"
+}
+wayland_session() {
+    export WAYLAND_DISPLAY=$1 XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=$2 QT_QPA_PLATFORM=wayland
+}
+# Builds tests/desktops/$1.c into $WORK/bin with the protocols $2...
+build_client() {
+    local xml
+    for xml in "${@:2}"; do
+        wayland-scanner client-header "$xml" "$WORK/$(basename "$xml" .xml)-client.h"
+        wayland-scanner private-code "$xml" "$WORK/$(basename "$xml" .xml).c"
+    done
+    cc -o "$WORK/bin/$1" -I"$WORK" "$here/$1.c" "$WORK"/*.c -lwayland-client
+}
 
 # Starts Narv with the settings file read from standard input; $pid.
 narv_start() {
@@ -48,27 +66,28 @@ narv_start() {
     pid=$!
     item=org.kde.StatusNotifierItem-$pid-1
 }
-narv_alive() { kill -0 "$pid" 2>/dev/null; }
-views_pid() { pgrep -P "$pid" -f -- "--views" | head -1; }
-no_crash() { ! logged "the window process crashed" && narv_alive; }
+narv_end() {
+    kill -TERM "$pid"
+    wait "$pid"
+    pid=
+    rm -f "$XDG_CACHE_HOME"/narv/Logs/*.log
+}
+no_crash() { ! logged "the window process crashed" && kill -0 "$pid" 2>/dev/null; }
 done_with() { settled "$1" || ! kill -0 "$1" 2>/dev/null; }
 
-# The items the StatusNotifierWatcher holds.
+# The items the StatusNotifierWatcher holds. Narv registers under its
+# connection's unique name, the owner of $item; watchers list it as
+# ":1.42/StatusNotifierItem", ":1.42@/StatusNotifierItem" (GNOME's) or ":1.42".
 registered_items() {
     dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher /StatusNotifierWatcher \
         org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierWatcher \
         string:RegisteredStatusNotifierItems 2>/dev/null
 }
-# Narv registers under its connection's unique name, the owner of $item;
-# watchers list it as ":1.42/StatusNotifierItem", ":1.42@/StatusNotifierItem"
-# (GNOME's) or ":1.42".
-item_owner() {
-    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.GetNameOwner \
-        "string:$item" 2>/dev/null | awk -F'"' '/string/ { print $2 }'
-}
 item_registered() {
     local owner
-    owner=$(item_owner) && [[ -n $owner ]] && registered_items | grep -q -- "\"$owner[/@\"]"
+    owner=$(dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.GetNameOwner \
+        "string:$item" 2>/dev/null | awk -F'"' '/string/ { print $2 }')
+    [[ -n $owner ]] && registered_items | grep -q -- "\"$owner[/@\"]"
 }
 
 # Settings that start a break at once and keep it on the screen for a while,
@@ -86,26 +105,15 @@ pref.water.lastShowDate=$(date +%s)
 CONF
 }
 
-# A stand-in system bus with logind on it (python-dbusmock's template)
-# holding the session "c1" as this session's: the shells lock it and read it,
-# Narv watches its LockedHint. logind_session Lock or Unlock: what logind
-# does on `loginctl lock-session` or `unlock-session`.
+# A stand-in system bus (a bus with the session's rules, which let this user
+# do anything) with logind on it (python-dbusmock's template) holding the
+# session "c1" as this session's: the shells lock it and read it, Narv
+# watches its LockedHint. logind_session Lock or Unlock: what logind does on
+# `loginctl lock-session` or `unlock-session`.
 standin_logind() {
-    cat >"$WORK/system-bus.conf" <<EOF
-<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>system</type>
-  <listen>unix:dir=$WORK</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow user="*"/><allow own="*"/><allow send_destination="*"/><allow receive_sender="*"/>
-  </policy>
-</busconfig>
-EOF
-    dbus-daemon --config-file="$WORK/system-bus.conf" --nofork --print-address=3 3>"$WORK/system-bus.address" &
-    wait_for 10 test -s "$WORK/system-bus.address" || fail "the stand-in system bus did not start"
-    export DBUS_SYSTEM_BUS_ADDRESS=$(head -1 "$WORK/system-bus.address") XDG_SESSION_ID=c1
+    export DBUS_SYSTEM_BUS_ADDRESS=unix:path=$WORK/system_bus_socket XDG_SESSION_ID=c1
+    dbus-daemon --session --nofork --address="$DBUS_SYSTEM_BUS_ADDRESS" >/dev/null 2>&1 &
+    wait_for 10 test -S "$WORK/system_bus_socket" || fail "the stand-in system bus did not start"
     /usr/bin/python3 -m dbusmock --system --template logind >"$WORK/logind.log" 2>&1 &
     wait_for 20 logind_mock AddSession c1 seat0 "$(id -u)" "$(id -un)" true ||
         fail "the stand-in logind did not start: $(tail -2 "$WORK/logind.log")"
@@ -127,23 +135,6 @@ narv_status() { "$build/narv" status 2>&1; }
 counting() { [[ $(narv_status) =~ ^[0-9]+:[0-9]{2}$ ]]; }
 not_counting() { ! counting; }
 
-# A lock and unlock the shell's way: $1 locks, $2 unlocks. The countdown
-# stops while locked, and the item is still registered after.
-check_lock() {
-    wait_for 10 counting || fail "not counting before the lock: $(narv_status)"
-    $1
-    if wait_for 20 logged "screen locked" && wait_for 10 not_counting; then
-        ok "locked: the countdown stops (narv status: $(narv_status))"
-    else
-        fail "locked: $(log | grep 'screen lock' | tail -2), narv status: $(narv_status)"
-    fi
-    $2
-    wait_for 20 logged "screen unlocked" && wait_for 10 counting && ok "unlocked: the countdown goes on" ||
-        fail "unlocked: $(log | grep 'screen' | tail -2), narv status: $(narv_status)"
-    wait_for 20 item_registered && ok "the status item is registered after the unlock" ||
-        fail "the status item is gone after the unlock"
-}
-
 finish() {
     [[ -z ${pid:-} ]] || kill -TERM "$pid" 2>/dev/null
     [[ -z ${pid:-} ]] || wait "$pid" 2>/dev/null
@@ -157,48 +148,42 @@ finish() {
 #                  "true" or "false"; stack higher above lower)
 #   close_window   NAME: the compositor's close, as its close button sends it
 #   focus_client   gives the focus to the client window "Flower"
+#   screenshot     NAME: the screen into $WORK/shots/NAME
+# and may replace the hooks after_break, between_runs and more_checks.
 narv_windows() { windows | awk -F'|' '$1 == "app.narv.Narv"'; }
 window_named() { narv_windows | awk -F'|' -v n="$1" '$2 == n'; }
 has_window() { [[ -n $(window_named "$1") ]]; }
 no_window() { [[ -z $(window_named "$1") ]]; }
 focused_window() { windows | awk -F'|' '$6 == "true" { print $2 }'; }
-client_focused() { [[ $(focused_window) == Flower ]]; }
-settings_focused() { [[ $(focused_window) == Settings ]]; }
-
-# A client window with the focus, as the user's work would be.
-start_client() {
-    weston-flower >/dev/null 2>&1 &
-    wait_for 20 client_focused || fail "the client window did not come up with the focus: $(windows | tr '\n' ';')"
-}
+focused_on() { [[ $(focused_window) == "$1" ]]; }
+shot() { screenshot "$1" && echo "screenshot: docs/screenshots/$1"; }
+after_break() { :; }
+between_runs() { :; }
+more_checks() { :; }
 
 # A break at once: one full-screen window per output, above the client, the
-# primary output's (the one at 0,0) with the focus. $1: a screenshot's name.
+# primary output's (the one at 0,0) with the focus.
 check_break() {
-    breaks_up() { [[ $(narv_windows | awk -F'|' '$5 == "true"' | wc -l) -eq 2 ]]; }
-    if ! wait_for 30 breaks_up; then
-        fail "no full-screen break window on each output: $(windows | tr '\n' ';')"
-        return
-    fi
-    local all geometry outputs client lowest focus primary
-    all=$(windows)
-    geometry=$(awk -F'|' '$1 == "app.narv.Narv" && $5 == "true" { print $2 ": " $3 " " $4 }' <<<"$all" | sort | tr '\n' ';')
-    outputs=$(awk -F'|' '$1 == "app.narv.Narv" && $5 == "true" { print $4 }' <<<"$all" | sort -u | wc -l)
-    [[ $outputs -eq 2 ]] && ok "one full-screen break window per output ($geometry)" || fail "break windows: $geometry"
-    client=$(awk -F'|' '$2 == "Flower" { print $7 }' <<<"$all")
-    lowest=$(awk -F'|' '$1 == "app.narv.Narv" && $5 == "true" { print $7 }' <<<"$all" | sort -n | head -1)
-    [[ -n $client && $lowest -gt $client ]] && ok "the break windows are above the client window" ||
-        fail "the break windows are not above the client window: $(tr '\n' ';' <<<"$all")"
-    focus=$(focused_window)
-    primary=$(awk -F'|' '$1 == "app.narv.Narv" && $4 ~ /^0 0 / { print $2 }' <<<"$all" | head -1)
-    [[ -n $focus && $focus == "$primary" ]] && ok "the primary output's break window ($primary) has the focus" ||
-        fail "the focus is on \"$focus\", not on the primary output's break window \"$primary\""
-    [[ -z ${1:-} ]] || { screenshot "$1" && shot "$1"; }
+    breaks() { narv_windows | awk -F'|' '$5 == "true"'; }
+    two_breaks() { [[ $(breaks | wc -l) -eq 2 ]]; }
+    wait_for 30 two_breaks || { fail "no full-screen break window on each output: $(windows | tr '\n' ';')"; return; }
+    local shown client primary
+    shown=$(breaks | awk -F'|' '{ print $2 ": " $3 " " $4 }' | sort | tr '\n' ';')
+    [[ $(breaks | cut -d'|' -f4 | sort -u | wc -l) -eq 2 ]] && ok "one full-screen break window per output ($shown)" ||
+        fail "break windows: $shown"
+    client=$(windows | awk -F'|' '$2 == "Flower" { print $7 }')
+    [[ -n $client && $(breaks | cut -d'|' -f7 | sort -n | head -1) -gt $client ]] &&
+        ok "the break windows are above the client window" ||
+        fail "the break windows are not above the client window: $(windows | tr '\n' ';')"
+    primary=$(breaks | awk -F'|' '$4 ~ /^0 0 / { print $2 }' | head -1)
+    [[ -n $primary ]] && focused_on "$primary" && ok "the primary output's break window ($primary) has the focus" ||
+        fail "the focus is on \"$(focused_window)\", not on the primary output's break window \"$primary\""
 }
 
 # Opens window $1 with the menu item labelled $2..., closes it as the
 # compositor does, and opens it again. $3: a screenshot's name.
 check_close_by_compositor() {
-    local title=$1
+    local title=$1 views
     menu_click label "\"$2" || { fail "no \"$2\" in the menu"; return; }
     if ! wait_for 20 has_window "$title"; then
         fail "$title did not open: $(windows | tr '\n' ';')"
@@ -206,8 +191,7 @@ check_close_by_compositor() {
     fi
     ok "$title carries the app id app.narv.Narv"
     echo "$title placed at: $(window_named "$title" | cut -d'|' -f3,4)"
-    [[ -z ${3:-} ]] || { screenshot "$3" && shot "$3"; }
-    local views
+    shot "$3"
     views=$(views_pid)
     close_window "$title"
     # The window process has handled the close once it sleeps with nothing
@@ -221,32 +205,41 @@ check_close_by_compositor() {
     wait_for 20 has_window "$title" && ok "$title opens again" || fail "$title does not open again"
 }
 
-# Settings open behind the client, then closed: a second start each time,
-# with a launcher's activation token where the shell's script makes one
-# (launch_token).
-launch_token() { :; }
+# A token in $WORK/token as a launcher asks the compositor for one: its own
+# window focused, then xdg_activation_v1. The launcher's window stays up (and
+# focused) until the second start has used the token; $launcher is its process.
+launch_token() {
+    [[ -x $WORK/bin/launcher ]] || build_client launcher \
+        /usr/share/wayland-protocols/stable/xdg-shell/xdg-shell.xml \
+        /usr/share/wayland-protocols/staging/xdg-activation/xdg-activation-v1.xml
+    "$WORK/bin/launcher" app.narv.Narv >"$WORK/token" 2>>"$WORK/launcher.log" &
+    launcher=$!
+    wait_for 10 test -s "$WORK/token" && wait_for 10 focused_on Launcher
+}
+# Settings open behind the focused window, then closed: a second start each
+# time, with a launcher's token.
+second_start() {
+    local status=0 token
+    launcher=
+    launch_token || fail "no token from the launcher: $(tail -2 "$WORK/launcher.log")"
+    token=$(head -1 "$WORK/token")
+    XDG_ACTIVATION_TOKEN=$token "$build/narv" >>"$WORK/narv.out" 2>&1 || status=$?
+    [[ $status -eq 0 ]] || fail "a second start exited with $status"
+    if wait_for 5 focused_on Settings; then
+        ok "a second start with a launcher's token ($token) $1"
+    else
+        fail "a second start with the token \"$token\" $1: the focus is on \"$(focused_window)\""
+    fi
+    [[ -z $launcher ]] || kill "$launcher"
+}
 check_second_start() {
     focus_client
-    client_focused || fail "the client window did not take the focus"
-    local status=0 token
-    token=$(launch_token)
-    XDG_ACTIVATION_TOKEN=$token "$build/narv" >>"$WORK/narv.out" 2>&1 || status=$?
-    if [[ $status -ne 0 ]]; then
-        fail "a second start exited with $status"
-    elif wait_for 5 settings_focused; then
-        ok "a second start${token:+ with an activation token from the shell} brings the open Settings to the front"
-    elif [[ -n $token ]]; then
-        fail "a second start with the activation token $token leaves the open Settings behind (focus on \"$(focused_window)\")"
-    else
-        # Only a launcher's token lets a window come forward on Wayland.
-        skip "a second start without a launcher's activation token leaves the open Settings behind (focus on \"$(focused_window)\")"
-    fi
+    focused_on Flower || fail "the client window did not take the focus"
+    second_start "brings the open Settings to the front"
     close_window "Settings"
     wait_for 10 no_window "Settings"
     focus_client
-    XDG_ACTIVATION_TOKEN=$(launch_token) "$build/narv" >>"$WORK/narv.out" 2>&1
-    wait_for 10 settings_focused && ok "a second start brings the closed Settings back with the focus" ||
-        fail "a second start after a close: the focus is on \"$(focused_window)\""
+    second_start "brings the closed Settings back with the focus"
 }
 
 check_idle_source() {
@@ -259,9 +252,47 @@ check_idle_source() {
     fi
 }
 
-# The menu's water item closes the panel it opened.
-check_water_toggle() {
+# A lock and unlock the shell's way: $1 locks, $2 unlocks. The countdown
+# stops while locked, and the item is still registered after.
+check_lock() {
+    wait_for 10 counting || fail "not counting before the lock: $(narv_status)"
+    $1
+    wait_for 20 logged "screen locked" && wait_for 10 not_counting &&
+        ok "locked: the countdown stops (narv status: $(narv_status))" ||
+        fail "locked: $(log | grep 'screen lock' | tail -2), narv status: $(narv_status)"
+    $2
+    wait_for 20 logged "screen unlocked" && wait_for 10 counting && ok "unlocked: the countdown goes on" ||
+        fail "unlocked: $(log | grep 'screen' | tail -2), narv status: $(narv_status)"
+    wait_for 20 item_registered && ok "the status item is registered after the unlock" ||
+        fail "the status item is gone after the unlock"
+}
+
+# Every check, in order: $1 the tray that holds the item, $2 the idle source
+# Narv should name, $3 the screenshots' prefix, $4 and $5 what locks and
+# unlocks (none: skipped, $4 says why).
+run_checks() {
+    weston-flower >/dev/null 2>&1 &
+    wait_for 20 focused_on Flower || fail "the client window did not come up with the focus: $(windows | tr '\n' ';')"
+    narv_start < <(narv_settings 0 30)
+    wait_for 30 item_registered && ok "the status item is registered with $1" ||
+        fail "the status item is not registered: $(registered_items | tail -2)"
+    check_idle_source "$2"
+    check_break
+    after_break
+    shot "$3-break.png"
+    narv_end
+    between_runs
+    narv_start < <(narv_settings 25 300)
+    wait_for 30 item_registered || fail "the status item is not registered"
+    check_close_by_compositor "Settings" "Settings" "$3-settings.png"
+    check_close_by_compositor "Water Reminder" "Water (" "$3-water.png"
+    # The menu's water item closes the panel it opened.
     menu_click label '"Water ('
     wait_for 10 no_window "Water Reminder" && ok "the menu closes the water panel" ||
         fail "the menu does not close the water panel"
+    check_second_start
+    more_checks
+    if [[ -n ${5:-} ]]; then check_lock "$4" "$5"; else skip "a lock and unlock: $4"; fi
+    no_crash && ok "no crash in the whole run" || fail "$(log | grep -E 'crash' | tail -2)"
+    finish
 }

@@ -35,7 +35,6 @@ gsettings set org.gnome.shell welcome-dialog-last-shown-version '999'
 
 gnome-shell --wayland --headless --no-x11 --virtual-monitor 1280x800 --virtual-monitor 1280x800 \
     --wayland-display wayland-narv >"$WORK/gnome-shell.log" 2>&1 &
-trap 'kill $(jobs -p) 2>/dev/null' EXIT
 
 # Evaluates JavaScript in the shell; echoes its result (a string).
 shell_eval() {
@@ -45,25 +44,19 @@ import json, sys
 lines = sys.stdin.read().split("\n")
 if len(lines) < 3 or "true" not in lines[1]:
     sys.exit(1)
-text = "\n".join(lines[2:]).strip()
-value = json.loads(text[len("string \""):-1])
+value = json.loads("\n".join(lines[2:]).strip()[len("string \""):-1])
 print(value if isinstance(value, str) else json.dumps(value))'
 }
-shell_up() { [[ $(shell_eval 'String(global.display.get_n_monitors())') == 2 ]]; }
-if ! wait_for 90 shell_up; then
-    fail "gnome-shell did not come up with two monitors: $(tail -3 "$WORK/gnome-shell.log")"
-    finish
-    exit
-fi
+two_monitors() { [[ $(shell_eval 'String(global.display.get_n_monitors())') == 2 ]]; }
+shell_up 90 two_monitors "$WORK/gnome-shell.log"
 # The shell ends its start-up in the overview, where a new window does not
 # take the focus.
 overview_closed() {
     [[ $(shell_eval 'Main.overview.hide(); String(Main.layoutManager._startingUp || Main.overview.visible)') == false ]]
 }
 wait_for 30 overview_closed || fail "the overview does not close"
-export WAYLAND_DISPLAY=wayland-narv XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=GNOME
-export QT_QPA_PLATFORM=wayland
-echo "$(gnome-shell --version)"
+wayland_session wayland-narv GNOME
+gnome-shell --version
 
 windows() {
     shell_eval '
@@ -78,63 +71,35 @@ all.map(w => {
             stack.indexOf(w)].join("|");
 }).join("\n")'
 }
-close_window() {
-    shell_eval "global.get_window_actors().map(a => a.meta_window)
-        .filter(w => (w.get_title() || '').startsWith('$1'))
-        .forEach(w => w.delete(global.get_current_time())); ''" >/dev/null
+# Runs $1 on each window whose title starts with $2.
+each_window() {
+    shell_eval "global.get_window_actors().map(a => a.meta_window).filter(w => (w.get_title() || '')
+        .startsWith('$2')).forEach(w => w.$1(global.get_current_time())); ''" >/dev/null
 }
-focus_client() {
-    shell_eval "global.get_window_actors().map(a => a.meta_window)
-        .filter(w => w.get_title() === 'Flower').forEach(w => w.activate(global.get_current_time())); ''" >/dev/null
-}
+close_window() { each_window delete "$1"; }
+focus_client() { each_window activate Flower; }
 # A token as the shell's own launcher makes one for Narv's desktop file.
 launch_token() {
     shell_eval 'global.create_app_launch_context(global.display.get_current_time_roundtrip(), -1).get_startup_notify_id(
-        imports.gi.Gio.DesktopAppInfo.new("app.narv.Narv.desktop"), [])'
+        imports.gi.Gio.DesktopAppInfo.new("app.narv.Narv.desktop"), [])' >"$WORK/token"
 }
 screenshot() {
     dbus-send --session --print-reply --dest=org.gnome.Shell.Screenshot /org/gnome/Shell/Screenshot \
         org.gnome.Shell.Screenshot.Screenshot boolean:false boolean:false "string:$WORK/shots/$1" 2>/dev/null |
         grep -q "boolean true"
 }
-
-watcher_up() {
-    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
-        string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true"
-}
-wait_for 30 watcher_up || fail "the AppIndicator extension offers no StatusNotifierWatcher"
-
-start_client
-narv_start < <(narv_settings 0 30)
-wait_for 30 item_registered && ok "the status item is registered with the AppIndicator extension" ||
-    fail "the status item is not registered: $(registered_items | tail -2)"
-check_idle_source "Mutter's idle monitor"
-check_break desktop-gnome-break.png
-kill -TERM "$pid"
-wait "$pid"
-pid=
-
 # Twenty starts: the item is registered each time.
-registered=0
-for _ in $(seq 1 20); do
-    rm -f "$XDG_CACHE_HOME"/narv/Logs/*.log
-    narv_start < <(narv_settings 25 300)
-    wait_for 20 item_registered && registered=$((registered + 1))
-    kill -TERM "$pid"
-    wait "$pid"
-    pid=
-done
-[[ $registered -eq 20 ]] && ok "the status item is registered on 20 of 20 starts" ||
-    fail "the status item is registered on $registered of 20 starts"
+between_runs() {
+    local registered=0
+    for _ in $(seq 1 20); do
+        narv_start < <(narv_settings 25 300)
+        wait_for 20 item_registered && registered=$((registered + 1))
+        narv_end
+    done
+    [[ $registered -eq 20 ]] && ok "the status item is registered on 20 of 20 starts" ||
+        fail "the status item is registered on $registered of 20 starts"
+}
 
-rm -f "$XDG_CACHE_HOME"/narv/Logs/*.log
-narv_start < <(narv_settings 25 300)
-wait_for 30 item_registered || fail "the status item is not registered"
-check_close_by_compositor "Settings" "Settings" desktop-gnome-settings.png
-check_close_by_compositor "Water Reminder" "Water (" desktop-gnome-water.png
-check_water_toggle
-check_second_start
-check_lock "logind_session Lock" "logind_session Unlock"
-no_crash && ok "no crash in the whole run" || fail "$(log | grep -E 'crash' | tail -2)"
-
-finish
+wait_for 30 name_owned org.kde.StatusNotifierWatcher || fail "the AppIndicator extension offers no StatusNotifierWatcher"
+run_checks "the AppIndicator extension" "Mutter's idle monitor" desktop-gnome \
+    "logind_session Lock" "logind_session Unlock"

@@ -1,6 +1,7 @@
 // The history window's figures from a real history file: days without rows,
-// a water target of 0, a break on either side of midnight, and the window
-// moving on to a new day. Then the window itself, loaded as the program loads it.
+// a water target of 0, each day's own target, a break on either side of
+// midnight, and the window moving on to a new day. Then the window itself,
+// loaded as the program loads it.
 #include "TestSupport.h"
 
 #include "app/AppState.h"
@@ -53,6 +54,8 @@ private Q_SLOTS:
                  HistoryEvent{QStringLiteral("drink"), at(today, 9, 0), 0, 0, {}, {}, 300},
                  HistoryEvent{
                      QStringLiteral("drink"), at(today.addDays(-9), 9, 0), 0, 0, {}, {}, 900},
+                 HistoryEvent{
+                     QStringLiteral("target"), at(today.addDays(-9), 8, 0), 0, 0, {}, {}, 1800},
              })
             QVERIFY(store.add(event, &problem));
     }
@@ -90,7 +93,13 @@ private Q_SLOTS:
         chart.setSpan(30);
         QCOMPARE(chart.days().size(), 30);
         QCOMPARE(chart.today().value("waterShare").toDouble(), 1.0);
-        QCOMPARE(chart.days().at(20).toMap().value("water").toInt(), 900);
+        // A past day against its own target, kept until the next; before
+        // the first one kept, today's.
+        const QVariantMap drunk = chart.days().at(20).toMap();
+        QCOMPARE(drunk.value("water").toInt(), 900);
+        QCOMPARE(drunk.value("waterShare").toDouble(), 0.5);
+        QCOMPARE(chart.days().at(28).toMap().value("target").toInt(), 1800);
+        QCOMPARE(chart.days().at(0).toMap().value("target").toInt(), 200);
 
         // Past midnight, today is a new, empty day and yesterday holds today's rows.
         Clock::setNowSource([] { return QDateTime(today.addDays(1), QTime(0, 0, 5)); });
