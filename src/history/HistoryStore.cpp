@@ -132,11 +132,6 @@ bool HistoryStore::prepare(qint64 keepDays, qint64 now, QSqlError *error, QStrin
 {
     QSqlDatabase db = database();
     QVariant value;
-    // Readers (the window, `narv history`) do not wait for the writer.
-    if (!run(db, QStringLiteral("PRAGMA journal_mode=WAL"), error, &value))
-        return false;
-    // Safe with WAL; spares a sync on every row.
-    run(db, QStringLiteral("PRAGMA synchronous=NORMAL"), error);
     if (!run(db, QStringLiteral("PRAGMA user_version"), error, &value))
         return false;
     const int version = value.toInt();
@@ -146,6 +141,12 @@ bool HistoryStore::prepare(qint64 keepDays, qint64 now, QSqlError *error, QStrin
                        .arg(version);
         return false;
     }
+    // Readers (the window, `narv history`) do not wait for the writer. Not
+    // before the version is known: the journal mode is kept in the file.
+    if (!run(db, QStringLiteral("PRAGMA journal_mode=WAL"), error, &value))
+        return false;
+    // Safe with WAL; spares a sync on every row.
+    run(db, QStringLiteral("PRAGMA synchronous=NORMAL"), error);
     if (version < schemaVersion) {
         db.transaction();
         QStringList steps;

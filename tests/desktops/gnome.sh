@@ -1,22 +1,18 @@
 # GNOME Shell 43 on Wayland, headless, two 1280x800 virtual monitors, with
-# the AppIndicator extension, on a stand-in system bus. Sourced by
-# tests/desktops/run. Window facts, the compositor's close and screenshots go
-# through org.gnome.Shell.Eval and org.gnome.Shell.Screenshot, which the shell
+# the AppIndicator extension. Window facts, the compositor's close and
+# screenshots go through org.gnome.Shell.Eval and .Screenshot, which the shell
 # allows only in its unsafe mode: a small extension of the test's own turns
-# that on.
-
-# GNOME Shell wants a system bus with logind on it, and makes its lock screen
-# only with a display manager there (GDM 3.5.91 or later).
+# that on. The shell wants a system bus with logind on it, and makes its lock
+# screen only with a display manager there (GDM 3.5.91 or later).
 standin_logind
 /usr/bin/python3 -m dbusmock --system org.gnome.DisplayManager /org/gnome/DisplayManager/Manager \
     org.gnome.DisplayManager.Manager >"$WORK/gdm.log" 2>&1 &
 gdm_mock() {
     gdbus call --system -d org.gnome.DisplayManager -o /org/gnome/DisplayManager/Manager \
-        -m "org.freedesktop.DBus.Mock.$1" "${@:2}" >/dev/null 2>&1
+        -m "org.freedesktop.DBus.Mock.$1" org.gnome.DisplayManager.Manager "${@:2}" >/dev/null 2>&1
 }
-wait_for 20 gdm_mock AddProperty org.gnome.DisplayManager.Manager Version "<'43.0'>" ||
-    fail "the stand-in display manager did not start: $(tail -2 "$WORK/gdm.log")"
-gdm_mock AddMethod org.gnome.DisplayManager.Manager RegisterSession 'a{sv}' '' ''
+wait_for 20 gdm_mock AddProperty Version "<'43.0'>" || fail "the stand-in display manager did not start"
+gdm_mock AddMethod RegisterSession 'a{sv}' '' ''
 
 export XDG_DATA_HOME=$WORK/share GSETTINGS_BACKEND=keyfile
 extension=$XDG_DATA_HOME/gnome-shell/extensions/narv-test@narv.app

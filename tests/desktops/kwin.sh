@@ -1,13 +1,11 @@
 # KWin (Wayland, virtual backend, two 1280x800 outputs) with kded5, whose
-# module is the StatusNotifierWatcher, and plasmashell. Sourced by
-# tests/desktops/run. Window facts come from KWin scripts, whose print()
-# lands in KWin's output.
-
-# kwin_wayland carries a file capability that containers refuse to exec, and
-# its own platform plugin only loads in a program of that name: a plain copy.
+# module is the StatusNotifierWatcher, and plasmashell. Window facts come
+# from KWin scripts. kwin_wayland carries a file capability that containers
+# refuse to exec, and its platform plugin only loads in a program of that
+# name: a plain copy.
 cp /usr/bin/kwin_wayland "$WORK/bin/kwin_wayland"
-# A left click as a pointer makes it: KWin offers its fake input protocol to
-# the programs whose desktop file asks for it.
+# A click as a pointer makes it: KWin offers its fake input protocol to the
+# programs whose desktop file asks for it.
 build_client click /usr/share/plasma-wayland-protocols/fake-input.xml
 printf '[Desktop Entry]\nType=Application\nName=click\nExec=%s\nX-KDE-Wayland-Interfaces=%s\n' \
     "$WORK/bin/click" org_kde_kwin_fake_input >"$WORK/share/applications/click.desktop"

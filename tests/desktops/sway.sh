@@ -20,7 +20,8 @@ waybar -c "$WORK/waybar.json" -s "$WORK/waybar.css" >"$WORK/waybar.log" 2>&1 &
 wait_for 20 name_owned org.kde.StatusNotifierWatcher || fail "waybar's tray has no StatusNotifierWatcher"
 
 # As checks.sh wants them; in sway a window that is covered is not visible,
-# so the stacking is 1 for visible windows and 0 for covered ones.
+# so the stacking is 1 for visible windows and 0 for covered ones; and
+# whether the window is urgent.
 windows() {
     swaymsg -t get_tree -r | python3 -c '
 import json, sys
@@ -33,7 +34,7 @@ def walk(node, output):
         print("|".join(str(v) for v in (node.get("app_id"), name, output,
               "%d %d %d %d" % (r["x"], r["y"], r["width"], r["height"]),
               str(node.get("fullscreen_mode") == 1).lower(), str(node.get("focused")).lower(),
-              int(bool(node.get("visible"))))))
+              int(bool(node.get("visible"))), str(node.get("urgent")).lower())))
     for child in node.get("nodes", []) + node.get("floating_nodes", []):
         walk(child, output)
 walk(json.load(sys.stdin), None)'
@@ -41,6 +42,12 @@ walk(json.load(sys.stdin), None)'
 close_window() { swaymsg "[title=\"^$1\"] kill" >/dev/null; }
 focus_client() { swaymsg '[app_id="org.freedesktop.weston.flower"] focus' >/dev/null; }
 screenshot() { grim "$WORK/shots/$1" 2>/dev/null; }
+# sway does with an activation what its focus_on_window_activation says: by
+# default it marks a window urgent, unless the window is new.
+came_forward() {
+    focused_on Settings || { [[ $(window_named Settings | cut -d'|' -f8) == true ]] &&
+        echo " (marked urgent, sway's default)"; }
+}
 
 # Drawn on both outputs: the break screen's plain background a little inside
 # each output's left edge, half-way down.

@@ -12,7 +12,6 @@
 
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQuickItem>
 #include <QTest>
 
 void qml_register_types_Narv_History();
@@ -34,15 +33,16 @@ HistoryEvent breakEnded(qint64 started, const char *ended, const char *kind = "s
 class TestHistoryChart : public QObject {
     Q_OBJECT
     TestSupport::ScratchHome m_home;
-    QString m_path = m_home.path() + QStringLiteral("/history.sqlite");
 
 private Q_SLOTS:
+    // The file where the program looks for it, which the window reads too.
     void initTestCase()
     {
+        qputenv("XDG_DATA_HOME", (m_home.path() + QStringLiteral("/data")).toUtf8());
         Clock::setNowSource([] { return QDateTime(today, QTime(12, 0)); });
         HistoryStore store(QStringLiteral("w"));
         QString problem;
-        QVERIFY(store.open(m_path, 365, at(today, 12, 0), &problem));
+        QVERIFY(store.open(HistoryModule::filePath(), 365, at(today, 12, 0), &problem));
         const QDate yesterday = today.addDays(-1);
         for (const HistoryEvent &event : {
                  breakEnded(at(yesterday, 23, 59, 30), "countdown"),
@@ -64,28 +64,26 @@ private Q_SLOTS:
     {
         AppState::waterState()->setTarget(0);
         HistoryChart chart;
-        chart.setFilePath(m_path);
+        // Day `i` of the chart (-1: today), its figure `key`.
+        const auto day = [&chart](int i, const char *key) {
+            const QVariantList days = chart.days();
+            return days.at(i < 0 ? days.size() + i : i).toMap().value(QLatin1String(key));
+        };
         chart.refresh();
         QCOMPARE(chart.problem(), QString());
-        const QVariantList days = chart.days();
-        QCOMPARE(days.size(), 7);
-        QCOMPARE(days.first().toMap().value("date").toDate(), today.addDays(-6));
-        for (int i = 0; i < 5; ++i) {
-            const QVariantMap empty = days.at(i).toMap();
-            QCOMPARE(empty.value("taken").toInt() + empty.value("skipped").toInt() +
-                         empty.value("worked").toInt() + empty.value("water").toInt(),
-                     0);
-        }
-        const QVariantMap before = days.at(5).toMap();
-        QCOMPARE(before.value("taken").toInt(), 1);
-        QCOMPARE(before.value("skipped").toInt(), 0);
-        QCOMPARE(before.value("worked").toInt(), 50);
+        QCOMPARE(chart.days().size(), 7);
+        QCOMPARE(day(0, "date").toDate(), today.addDays(-6));
+        for (int i = 0; i < 5; ++i)
+            for (const char *key : {"taken", "skipped", "worked", "water"})
+                QCOMPARE(day(i, key).toInt(), 0);
+        QCOMPARE(day(5, "taken").toInt(), 1);
+        QCOMPARE(day(5, "skipped").toInt(), 0);
+        QCOMPARE(day(5, "worked").toInt(), 50);
         // The greeting and the break a pause ended count neither way.
-        const QVariantMap now = chart.today();
-        QCOMPARE(now.value("taken").toInt(), 0);
-        QCOMPARE(now.value("skipped").toInt(), 1);
-        QCOMPARE(now.value("water").toInt(), 300);
-        QCOMPARE(now.value("waterShare").toDouble(), 0.0);
+        QCOMPARE(day(-1, "taken").toInt(), 0);
+        QCOMPARE(day(-1, "skipped").toInt(), 1);
+        QCOMPARE(day(-1, "water").toInt(), 300);
+        QCOMPARE(day(-1, "waterShare").toDouble(), 0.0);
         QCOMPARE(chart.mostBreaks(), 1);
         QCOMPARE(chart.mostWorked(), 50);
 
@@ -95,18 +93,17 @@ private Q_SLOTS:
         QCOMPARE(chart.today().value("waterShare").toDouble(), 1.0);
         // A past day against its own target, kept until the next; before
         // the first one kept, today's.
-        const QVariantMap drunk = chart.days().at(20).toMap();
-        QCOMPARE(drunk.value("water").toInt(), 900);
-        QCOMPARE(drunk.value("waterShare").toDouble(), 0.5);
-        QCOMPARE(chart.days().at(28).toMap().value("target").toInt(), 1800);
-        QCOMPARE(chart.days().at(0).toMap().value("target").toInt(), 200);
+        QCOMPARE(day(20, "water").toInt(), 900);
+        QCOMPARE(day(20, "waterShare").toDouble(), 0.5);
+        QCOMPARE(day(28, "target").toInt(), 1800);
+        QCOMPARE(day(0, "target").toInt(), 200);
 
         // Past midnight, today is a new, empty day and yesterday holds today's rows.
         Clock::setNowSource([] { return QDateTime(today.addDays(1), QTime(0, 0, 5)); });
         chart.refresh();
-        QCOMPARE(chart.today().value("date").toDate(), today.addDays(1));
-        QCOMPARE(chart.today().value("skipped").toInt(), 0);
-        QCOMPARE(chart.days().at(28).toMap().value("skipped").toInt(), 1);
+        QCOMPARE(day(-1, "date").toDate(), today.addDays(1));
+        QCOMPARE(day(-1, "skipped").toInt(), 0);
+        QCOMPARE(day(28, "skipped").toInt(), 1);
         Clock::setNowSource([] { return QDateTime(today, QTime(12, 0)); });
 
         chart.setFilePath(m_home.path() + QStringLiteral("/none.sqlite"));
@@ -119,9 +116,6 @@ private Q_SLOTS:
     {
         qml_register_types_Narv_History();
         AppState::waterState()->setTarget(600);
-        QDir().mkpath(m_home.path() + QStringLiteral("/data/narv"));
-        QFile::copy(m_path, m_home.path() + QStringLiteral("/data/narv/history.sqlite"));
-        qputenv("XDG_DATA_HOME", (m_home.path() + QStringLiteral("/data")).toUtf8());
         QQmlEngine engine;
         engine.addImportPath(QStringLiteral("qrc:/"));
         QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/Narv/History/HistoryView.qml")));
