@@ -1,14 +1,8 @@
 #!/usr/bin/env bash
-# The history as the real program keeps it, on a private X server and
-# session bus. As the settings come, nothing of it: no menu item, no module,
-# no file. With "Keep a history" on, "History..." follows "Settings..." and
-# opens the window; a break that runs out, a skipped long break, a pause, a
-# screen lock and a drink each leave their row, which `narv history --csv`
-# reads back once Narv has quit. Then a damaged file (set aside, one log
-# line, a new history) and a folder that cannot be made (one log line): in
-# both, Narv goes on counting.
-#
-#   tests/history/history.sh path/to/narv
+# The history as the real program keeps it (tests/history/history.sh narv):
+# off, none of it; on, "History..." after "Settings...", and a row for each
+# kind of event, read back by `narv history --csv`; a damaged file set aside
+# and a folder that cannot be made, each said once while Narv counts on.
 set -euo pipefail
 narv=$(realpath "$1")
 here=$(cd "$(dirname "$0")" && pwd)
@@ -84,8 +78,8 @@ screensaver false
 wait_for 5 working || fail "the unlock did not start work"
 setting pref.water.finished 250
 tally() {
-    dbus-send --session --print-reply --dest=app.narv.Narv /app/narv/Narv/Control \
-        org.freedesktop.DBus.Properties.Get string:app.narv.Narv.Control string:WaterTally | grep -q "int64 250"
+    dbus-send --session --print-reply --dest=app.narv.Narv /app/narv/Narv/Control org.freedesktop.DBus.Properties.Get \
+        string:app.narv.Narv.Control string:WaterTally | grep -q "int64 250"
 }
 wait_for 5 tally || fail "the drink did not arrive"
 setting pref.history.enable false
