@@ -187,10 +187,7 @@ check_break() {
 check_close_by_compositor() {
     local title=$1 views
     menu_click label "\"$2" || { fail "no \"$2\" in the menu"; return; }
-    if ! wait_for 20 has_window "$title"; then
-        fail "$title did not open: $(windows | tr '\n' ';')"
-        return
-    fi
+    wait_for 20 has_window "$title" || { fail "$title did not open: $(windows | tr '\n' ';')"; return; }
     ok "$title carries the app id app.narv.Narv"
     echo "$title placed at: $(window_named "$title" | cut -d'|' -f3,4)"
     shot "$3"
@@ -198,11 +195,9 @@ check_close_by_compositor() {
     close_window "$title"
     # The window process has handled the close once it sleeps with nothing
     # left to read, or has ended (with no window left it does).
-    if wait_for 10 no_window "$title" && wait_for 10 done_with "$views" && no_crash; then
-        ok "$title closed by the compositor, no crash"
-    else
+    wait_for 10 no_window "$title" && wait_for 10 done_with "$views" && no_crash &&
+        ok "$title closed by the compositor, no crash" ||
         fail "$title closed by the compositor: $(log | grep -E 'crash|error' | tail -2)"
-    fi
     menu_click label "\"$2"
     wait_for 20 has_window "$title" && ok "$title opens again" || fail "$title does not open again"
 }
@@ -227,11 +222,8 @@ second_start() {
     token=$(head -1 "$WORK/token")
     XDG_ACTIVATION_TOKEN=$token "$build/narv" >>"$WORK/narv.out" 2>&1 || status=$?
     [[ $status -eq 0 ]] || fail "a second start exited with $status"
-    if wait_for 5 came_forward; then
-        ok "a second start with a launcher's token ($token) $1$(came_forward)"
-    else
+    wait_for 5 came_forward && ok "a second start with a launcher's token ($token) $1$(came_forward)" ||
         fail "a second start with the token \"$token\" $1: the focus is on \"$(focused_window)\""
-    fi
     [[ -z $launcher ]] || kill "$launcher"
 }
 check_second_start() {
@@ -245,13 +237,10 @@ check_second_start() {
 }
 
 check_idle_source() {
+    wait_for 10 logged "mouse activity: " || { fail "no idle source in the log"; return; }
     local line
-    if wait_for 10 logged "mouse activity: "; then
-        line=$(log | grep -o 'mouse activity: [^(]*' | head -1)
-        [[ $line == *"$1"* ]] && ok "idle source: $line" || fail "idle source: $line, not $1"
-    else
-        fail "no idle source in the log"
-    fi
+    line=$(log | grep -o 'mouse activity: [^(]*' | head -1)
+    [[ $line == *"$1"* ]] && ok "idle source: $line" || fail "idle source: $line, not $1"
 }
 
 # A lock and unlock the shell's way: $1 locks, $2 unlocks. The countdown
