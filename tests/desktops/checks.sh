@@ -222,7 +222,7 @@ second_start() {
     token=$(head -1 "$WORK/token")
     XDG_ACTIVATION_TOKEN=$token "$build/narv" >>"$WORK/narv.out" 2>&1 || status=$?
     [[ $status -eq 0 ]] || fail "a second start exited with $status"
-    wait_for 5 came_forward && ok "a second start with a launcher's token ($token) $1$(came_forward)" ||
+    wait_for 20 came_forward && ok "a second start with a launcher's token ($token) $1$(came_forward)" ||
         fail "a second start with the token \"$token\" $1: the focus is on \"$(focused_window)\""
     [[ -z $launcher ]] || kill "$launcher"
 }
