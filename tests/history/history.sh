@@ -35,6 +35,7 @@ pref.long.break.time=1
 auto_check_update=false
 stop_timer_after_mouse_stop=false
 pref.water.finished=0
+pref.water.target=1800
 CONF
     wait_for 15 logged "control interface on /app/narv/Narv/Control" || fail "no control interface"
 }
@@ -76,6 +77,7 @@ screensaver true
 wait_for 5 state stopped || fail "the lock did not stop work"
 screensaver false
 wait_for 5 working || fail "the unlock did not start work"
+setting pref.water.target 1200
 setting pref.water.finished 250
 tally() {
     dbus-send --session --print-reply --dest=app.narv.Narv /app/narv/Narv/Control org.freedesktop.DBus.Properties.Get \
@@ -96,6 +98,9 @@ for row in "^break,[^,]*,[1-5],2,short,countdown," "^break,.*,60,long,skip," "^p
     "^pause,.*,lock," "^drink,.*,250$"; do
     grep -q "$row" <<<"$out" || fail "no $row in: $out"
 done
+# The day keeps its target, the last one set.
+targets=$(/usr/bin/python3 -c 'import sqlite3, sys; print(sqlite3.connect(sys.argv[1]).execute("SELECT * FROM days").fetchall())' "$db")
+[[ $targets == "[('$(date +%F)', 1200)]" ]] || fail "the day's target: $targets"
 run history --csv --since 2999-01-01
 [[ $code -eq 0 && $out == "kind,started,seconds,planned,detail,ended,ml" ]] || fail "--since: $out"
 run history --csv --since yesterday
