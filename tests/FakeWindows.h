@@ -14,8 +14,7 @@
 
 // Made together, as a member of the test: while it lives, the program's
 // windows go to `windows`.
-template <class Backend>
-struct WindowsOf {
+template <class Backend> struct WindowsOf {
     template <class... Args>
     explicit WindowsOf(Args &&...args)
         : windows(*new Backend(std::forward<Args>(args)...)),

@@ -48,19 +48,25 @@ private:
     QTemporaryDir m_dir;
 };
 
+namespace {
+// Registers the font from the path given and exits 0 if that worked.
+int registerChild(int argc, char **argv)
+{
+    // The fatal paths abort on purpose; leave no core files behind.
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
+    QGuiApplication app(argc, argv);
+    IconFont::setResourcePath(QString::fromLocal8Bit(argv[3]));
+    return IconFont::name().isEmpty() ? 1 : 0;
+}
+} // namespace
+
 int main(int argc, char **argv)
 {
     // Qt's messages must reach stderr even though it is a pipe in the child.
     qputenv("QT_FORCE_STDERR_LOGGING", "1");
-    // Registers the font from the path given and exits 0 if that worked.
-    const int child = TestSupport::runChildMode(argc, argv, {{"register", [&] {
-        // The fatal paths abort on purpose; leave no core files behind.
-        const rlimit noCore{0, 0};
-        setrlimit(RLIMIT_CORE, &noCore);
-        QGuiApplication app(argc, argv);
-        IconFont::setResourcePath(QString::fromLocal8Bit(argv[3]));
-        return IconFont::name().isEmpty() ? 1 : 0;
-    }}});
+    const int child = TestSupport::runChildMode(
+        argc, argv, {{"register", [&] { return registerChild(argc, argv); }}});
     if (child >= 0)
         return child;
     QGuiApplication app(argc, argv);

@@ -104,7 +104,10 @@ public:
     }
 
     Q_INVOKABLE void showWaterView() { WindowController::showWaterView(); }
-    Q_INVOKABLE bool waterViewVisible() const { return WindowController::backend()->isWaterViewVisible(); }
+    Q_INVOKABLE bool waterViewVisible() const
+    {
+        return WindowController::backend()->isWaterViewVisible();
+    }
 
     Q_INVOKABLE bool autostartEntryExists() const
     {

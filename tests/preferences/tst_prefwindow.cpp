@@ -199,7 +199,8 @@ private Q_SLOTS:
                     ++marks;
                     QVERIFY(item->parentItem()->property("checked").toBool());
                     const QRect mark(area.left() + 4, area.top(), area.width() - 8, 2);
-                    check(QStringLiteral("the mark"), mark, image.pixel(mark.left(), mark.top() - 2));
+                    check(QStringLiteral("the mark"), mark,
+                          image.pixel(mark.left(), mark.top() - 2));
                 }
             }
             QCOMPARE(marks, 1);

@@ -26,7 +26,10 @@ void qml_register_types_Narv_Water();
 class Fixture : public QObject {
     Q_OBJECT
 public:
-    Fixture() { Clock::setNowSource([this] { return m_now; }); }
+    Fixture()
+    {
+        Clock::setNowSource([this] { return m_now; });
+    }
 
     // Nothing stored, 10:00 on a Monday, nothing asked of the windows.
     Q_INVOKABLE void reset()

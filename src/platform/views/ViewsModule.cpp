@@ -70,10 +70,7 @@ public:
         if (m_loaded)
             m_loaded->closeWaterView();
     }
-    bool isWaterViewVisible() const override
-    {
-        return m_loaded && m_loaded->isWaterViewVisible();
-    }
+    bool isWaterViewVisible() const override { return m_loaded && m_loaded->isWaterViewVisible(); }
 
 private:
     // The module's backend, made when the first window is wanted; from then
