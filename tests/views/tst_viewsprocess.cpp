@@ -59,7 +59,7 @@ int standInWindowProcess()
         QString extra;
         if (what == QLatin1String("showWaterView") || what == QLatin1String("showPrefView"))
             QDebug(&extra).noquote() << message.mid(1);
-        record.write((what + extra).toUtf8() + '\n');
+        record.write((what + u' ' + extra).trimmed().toUtf8() + '\n');
         record.flush();
         breakShown = what == QLatin1String("showBreak") ||
                      (breakShown && what != QLatin1String("closeBreak"));
