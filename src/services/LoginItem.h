@@ -6,7 +6,8 @@
 // entry, a portal) sits behind this; the one in use is chosen at start-up.
 //
 // Whoever makes a login item owns it (the program's entry, a test); while it
-// lives, the newest one made is the one the settings use.
+// lives, the newest one made is the one the settings use (items go in scope
+// order: the one before takes over again).
 class LoginItem {
 public:
     LoginItem();

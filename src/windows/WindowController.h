@@ -11,7 +11,8 @@
 //
 // The program's entry (or a test) makes one controller and keeps it for as
 // long as windows may be wanted; while it lives, the static functions below,
-// which the menu, the views and the cycle call, go to it. Without one, breaks
+// which the menu, the views and the cycle call, go to it (a second one made
+// meanwhile takes over until it goes, in scope order). Without one, breaks
 // run as state only.
 class WindowController {
 public:
