@@ -26,6 +26,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -73,7 +74,7 @@ public:
     {
         auto backend = std::make_unique<QmlWindowBackend>();
         m_backend = backend.get();
-        WindowController::setBackend(std::move(backend));
+        m_windows.emplace(std::move(backend));
         TicktackController::setTimer(&m_ticks);
         // What the status item does when work runs out.
         QObject::connect(AppState::workState(), &TicktackState::timesUpChanged, [this] {
@@ -151,6 +152,7 @@ private:
 
     ManualTickSource m_ticks;
     QmlWindowBackend *m_backend = nullptr;
+    std::optional<WindowController> m_windows; // goes with the bench, before the application
     QList<QQuickView *> m_watched;
     std::vector<std::unique_ptr<Seen>> m_seen;
     qint64 m_end = 0;
@@ -198,6 +200,5 @@ int main(int argc, char **argv)
                 frames.back());
     std::printf("rss_after_later_kib %ld\n", rssKiB());
     std::fflush(stdout);
-    WindowController::setBackend(nullptr);
     return 0;
 }

@@ -22,6 +22,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <optional>
 
 namespace {
 constexpr qint64 limitMs = 200;
@@ -91,7 +92,7 @@ int main(int argc, char **argv)
     }
     QSqlDatabase::removeDatabase(QStringLiteral("year"));
 
-    WindowController::setBackend(std::make_unique<QmlWindowBackend>());
+    std::optional<WindowController> windows(std::in_place, std::make_unique<QmlWindowBackend>());
     // Milliseconds from `show` to the first frame of the window titled `title`.
     const auto open = [](void (*show)(), const QString &title) {
         QElapsedTimer clock;
@@ -120,7 +121,7 @@ int main(int argc, char **argv)
         const qint64 warm = open(WindowController::showHistory, history);
         const qint64 again = open(WindowController::showHistory, history);
         std::printf("%lld %lld\n", static_cast<long long>(warm), static_cast<long long>(again));
-        WindowController::setBackend(nullptr);
+        windows.reset();
         return 0;
     }
     const qint64 cold = open(WindowController::showHistory, history);
@@ -143,6 +144,6 @@ int main(int argc, char **argv)
                 warm >= 0 && warm < limitMs && again >= 0 && again < limitMs
                     ? "met (< 200 ms)"
                     : "NOT met (< 200 ms)");
-    WindowController::setBackend(nullptr);
+    windows.reset();
     return 0;
 }

@@ -130,12 +130,16 @@ int QuilloApp::main(int argc, char **argv)
     // Loads the windows (and Qt Quick) when the first one is wanted, in this
     // process or in a process of their own.
     ViewsProcess *viewsProcess = nullptr;
+    std::unique_ptr<WindowBackend> windowBackend;
     if (drawsWindows) {
-        WindowController::setBackend(ViewsModule::windowBackend());
+        windowBackend = ViewsModule::windowBackend();
     } else {
         viewsProcess = new ViewsProcess;
-        WindowController::setBackend(std::unique_ptr<WindowBackend>(viewsProcess));
+        windowBackend.reset(viewsProcess);
     }
+    // Goes before the application object does; the window process ends with
+    // its line to this one.
+    WindowController windows(std::move(windowBackend));
     // [statusbar]
     loadTranslations();
     TrayBackend::install();
@@ -144,7 +148,6 @@ int QuilloApp::main(int argc, char **argv)
     // [events]
     EventSources::install();
     const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();
-    LoginItems::setCurrent(loginItem.get());
     // [history] after the lock source it watches, before the first work period
     HistoryRecorder::install(&app);
 
@@ -155,7 +158,5 @@ int QuilloApp::main(int argc, char **argv)
     });
     const int code = app.exec();
     delegate.applicationWillTerminate();
-    // The window process ends with its line to this one.
-    WindowController::setBackend(nullptr);
     return code;
 }

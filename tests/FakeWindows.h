@@ -1,7 +1,7 @@
 #pragma once
 
-// The windows as a list of calls, in the order they came. A test installs one
-// as the window backend and reads `calls` (or counts one kind of call).
+// A test's window controller and the backend it draws with (WindowsOf), and
+// the windows as a list of calls in the order they came (FakeWindows).
 
 #include "windows/WindowController.h"
 
@@ -9,16 +9,30 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
+
+// Made together, as a member of the test: while it lives, the program's
+// windows go to `windows`.
+template <class Backend> struct WindowsOf {
+    template <class... Args>
+    explicit WindowsOf(Args &&...args)
+        : windows(*new Backend(std::forward<Args>(args)...)),
+          controller(std::unique_ptr<WindowBackend>(&windows))
+    {
+    }
+    Backend &windows;
+    WindowController controller;
+};
 
 class FakeWindows : public WindowBackend {
 public:
-    // Makes a new one the window backend; it lives until the next is set.
+    // For the whole of a test program's run: a new one in use from now on.
     static FakeWindows &install()
     {
-        auto windows = std::make_unique<FakeWindows>();
-        FakeWindows &installed = *windows;
-        WindowController::setBackend(std::move(windows));
-        return installed;
+        static std::optional<WindowsOf<FakeWindows>> installed;
+        installed.reset();
+        return installed.emplace().windows;
     }
 
     int count(const char *call) const { return int(calls.count(QString::fromLatin1(call))); }

@@ -1,19 +1,21 @@
 #include "services/LoginItem.h"
 
 namespace {
-LoginItem *&slot()
-{
-    static LoginItem *item = nullptr;
-    return item;
-}
+LoginItem *g_current = nullptr;
 } // namespace
 
-LoginItem *LoginItems::current()
+LoginItem::LoginItem() : m_previous(g_current)
 {
-    return slot();
+    g_current = this;
 }
 
-void LoginItems::setCurrent(LoginItem *item)
+LoginItem::~LoginItem()
 {
-    slot() = item;
+    if (g_current == this)
+        g_current = m_previous;
+}
+
+LoginItem *LoginItem::current()
+{
+    return g_current;
 }

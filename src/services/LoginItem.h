@@ -4,16 +4,24 @@
 
 // Starts Narv when the user logs in. The desktop's mechanism (an autostart
 // entry, a portal) sits behind this; the one in use is chosen at start-up.
+//
+// Whoever makes a login item owns it (the program's entry, a test); while it
+// lives, the newest one made is the one the settings use (items go in scope
+// order: the one before takes over again).
 class LoginItem {
 public:
-    virtual ~LoginItem() = default;
+    LoginItem();
+    virtual ~LoginItem();
+    LoginItem(const LoginItem &) = delete;
+    LoginItem &operator=(const LoginItem &) = delete;
+
+    // The login item in use, or nullptr when this desktop offers none we support.
+    static LoginItem *current();
+
     // Registers (true) or unregisters (false). Returns false and fills `error`
     // when the desktop refused.
     virtual bool setEnabled(bool enabled, QString *error) = 0;
-};
 
-namespace LoginItems {
-// The login item in use, or nullptr when this desktop offers none we support.
-LoginItem *current();
-void setCurrent(LoginItem *item);
-} // namespace LoginItems
+private:
+    LoginItem *m_previous;
+};

@@ -61,7 +61,7 @@ void PrefState::setLaunchAtLogin(bool value)
 {
     m_store.setBool(key(launchAtLoginKey), value);
     QString error = QStringLiteral("no login item service on this desktop");
-    LoginItem *item = LoginItems::current();
+    LoginItem *item = LoginItem::current();
     if (!item || !item->setEnabled(value, &error)) {
         // The reason stays out of this line on purpose; the setting keeps its value.
         LOG_WARNING(QStringLiteral("SMAppService error: "));

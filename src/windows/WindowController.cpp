@@ -6,11 +6,7 @@
 #include "settings/PrefWaterState.h"
 
 namespace {
-std::unique_ptr<WindowBackend> &slot()
-{
-    static std::unique_ptr<WindowBackend> backend;
-    return backend;
-}
+WindowController *g_current = nullptr;
 
 std::unique_ptr<UpdateChecker> &updaterSlot()
 {
@@ -18,8 +14,13 @@ std::unique_ptr<UpdateChecker> &updaterSlot()
     return checker;
 }
 
-// Without a backend (core tests, a build without windows) the break still runs
-// as state; say so once instead of on every break.
+WindowBackend *slot()
+{
+    return WindowController::backend();
+}
+
+// Without a controller (core tests, a build without windows) the break still
+// runs as state; say so once instead of on every break.
 bool haveBackend()
 {
     if (slot())
@@ -33,10 +34,11 @@ bool haveBackend()
 }
 } // namespace
 
-void WindowController::setBackend(std::unique_ptr<WindowBackend> backend)
+WindowController::WindowController(std::unique_ptr<WindowBackend> backend)
+    : m_backend(std::move(backend)), m_previous(g_current)
 {
-    // The cycle says when its windows are wanted; the first backend to come
-    // subscribes this controller, and any backend after it is told the same.
+    // The cycle says when its windows are wanted; the first controller
+    // subscribes the functions below, which go to whichever controller is in use.
     static const bool subscribed = [] {
         CycleEvents *events = CycleEvents::instance();
         QObject::connect(events, &CycleEvents::breakStarted, events, &WindowController::showBreak);
@@ -47,12 +49,18 @@ void WindowController::setBackend(std::unique_ptr<WindowBackend> backend)
         return true;
     }();
     Q_UNUSED(subscribed);
-    slot() = std::move(backend);
+    g_current = this;
+}
+
+WindowController::~WindowController()
+{
+    if (g_current == this)
+        g_current = m_previous;
 }
 
 WindowBackend *WindowController::backend()
 {
-    return slot().get();
+    return g_current ? g_current->m_backend.get() : nullptr;
 }
 
 void WindowController::setup()

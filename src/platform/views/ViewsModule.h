@@ -1,6 +1,6 @@
 #pragma once
 
-#include "windows/WindowController.h"
+#include "services/WindowBackend.h"
 
 #include <memory>
 
@@ -25,8 +25,8 @@ inline constexpr const char *processOption = "--views";
 inline constexpr const char *logFileVariable = "NARV_LOG_FILE";
 
 // A window backend that loads the module when a window is first wanted and
-// from then on leaves everything to the module's own backend, which takes its
-// place in WindowController. Closing before anything was shown needs no module.
+// from then on leaves everything to the module's own backend. Closing before
+// anything was shown needs no module.
 // For a program whose application object can show windows itself.
 std::unique_ptr<WindowBackend> windowBackend();
 // Runs the program as the window process: loads the module and runs its main.
