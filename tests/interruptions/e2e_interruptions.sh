@@ -25,7 +25,11 @@ cat >"$home/config/dunst/dunstrc" <<DUNST
 DUNST
 dunst -conf "$home/config/dunst/dunstrc" >"$home/dunst.out" 2>&1 &
 dunst=$!
-wait_for 20 dunstctl is-paused >/dev/null || fail "dunst did not come up"
+has_dunst() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+        string:org.freedesktop.Notifications 2>/dev/null | grep -q "boolean true"
+}
+wait_for 20 has_dunst || fail "dunst did not come up"
 shown_notes() { dunstctl count displayed; }
 
 # A window the "window manager" (xprop, as one would) makes full screen and focused.

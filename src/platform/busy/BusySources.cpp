@@ -55,10 +55,10 @@ public:
     {
         if (!connect())
             return {};
-        const xcb_window_t active = property(m_root, m_activeWindow, XCB_ATOM_WINDOW).value(0);
+        const xcb_window_t active = property(m_root, m_activeWindow).value(0);
         if (active == XCB_NONE)
             return {};
-        if (property(active, m_state, XCB_ATOM_ATOM).contains(m_fullscreen))
+        if (property(active, m_state).contains(m_fullscreen))
             return QStringLiteral("the focused window is full screen");
         return {};
     }
@@ -82,18 +82,19 @@ private:
     {
         const auto cookie = xcb_intern_atom(m_connection, 0, uint16_t(qstrlen(name)), name);
         xcb_intern_atom_reply_t *reply = xcb_intern_atom_reply(m_connection, cookie, nullptr);
-        const xcb_atom_t atom = reply ? reply->atom : XCB_ATOM_NONE;
+        const xcb_atom_t atom = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
         std::free(reply);
         return atom;
     }
 
-    // The 32-bit values of a window's property of this type.
-    QList<quint32> property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type)
+    // The 32-bit values of a window's property, whatever type its setter gave it.
+    QList<quint32> property(xcb_window_t window, xcb_atom_t name)
     {
         QList<quint32> values;
-        const auto cookie = xcb_get_property(m_connection, 0, window, name, type, 0, 64);
+        const auto cookie = xcb_get_property(m_connection, 0, window, name,
+                                             XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
         xcb_get_property_reply_t *reply = xcb_get_property_reply(m_connection, cookie, nullptr);
-        if (reply && reply->format == 32 && reply->type == type) {
+        if (reply && reply->format == 32) {
             const auto *data = static_cast<const quint32 *>(xcb_get_property_value(reply));
             const int count = xcb_get_property_value_length(reply) / 4;
             for (int i = 0; i < count; ++i)
