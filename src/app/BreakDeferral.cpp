@@ -59,7 +59,9 @@ bool BreakDeferral::holds()
     const QString reason = busyReason();
     if (reason.isEmpty()) {
         if (d.since >= 0)
-            LOG_INFO(QStringLiteral("the break waited %1 seconds (%2): it starts").arg(waited).arg(d.reason));
+            LOG_INFO(QStringLiteral("the break waited %1 seconds (%2): it starts")
+                         .arg(waited)
+                         .arg(d.reason));
         d.since = -1;
         return false;
     }

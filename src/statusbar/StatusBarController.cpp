@@ -191,12 +191,12 @@ MenuItem waterItem()
 
 QList<MenuItem> pauseForItems()
 {
-    return {makeItem(NARV_TR("Pause for 30 minutes"), QString(), QString(),
-                     MenuAction::didClickPauseFor30),
-            makeItem(NARV_TR("Pause for 1 hour"), QString(), QString(),
-                     MenuAction::didClickPauseFor60),
-            makeItem(NARV_TR("Pause until tomorrow"), QString(), QString(),
-                     MenuAction::didClickPauseUntilTomorrow)};
+    return {
+        makeItem(NARV_TR("Pause for 30 minutes"), QString(), QString(),
+                 MenuAction::didClickPauseFor30),
+        makeItem(NARV_TR("Pause for 1 hour"), QString(), QString(), MenuAction::didClickPauseFor60),
+        makeItem(NARV_TR("Pause until tomorrow"), QString(), QString(),
+                 MenuAction::didClickPauseUntilTomorrow)};
 }
 
 MenuItem historyItem()

@@ -19,12 +19,12 @@ constexpr int callTimeoutMs = 300;
 bool ask(const char *service, const char *path, const char *interface, const char *method,
          const QVariantList &arguments = {})
 {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QLatin1String(service), QLatin1String(path), QLatin1String(interface),
-        QLatin1String(method));
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(QLatin1String(service), QLatin1String(path),
+                                       QLatin1String(interface), QLatin1String(method));
     call.setArguments(arguments);
-    const QDBusReply<bool> reply = QDBusConnection::sessionBus().call(call, QDBus::Block,
-                                                                      callTimeoutMs);
+    const QDBusReply<bool> reply =
+        QDBusConnection::sessionBus().call(call, QDBus::Block, callTimeoutMs);
     return reply.isValid() && reply.value();
 }
 
@@ -33,10 +33,11 @@ public:
     QString busyReason() override
     {
         // 8: inhibits the session being marked idle (a call, a video).
-        if (ask("org.gnome.SessionManager", "/org/gnome/SessionManager",
-                "org.gnome.SessionManager", "IsInhibited", {8u}))
+        if (ask("org.gnome.SessionManager", "/org/gnome/SessionManager", "org.gnome.SessionManager",
+                "IsInhibited", {8u}))
             return QStringLiteral("an application inhibits idleness (GNOME session)");
-        if (ask("org.freedesktop.PowerManagement.Inhibit", "/org/freedesktop/PowerManagement/Inhibit",
+        if (ask("org.freedesktop.PowerManagement.Inhibit",
+                "/org/freedesktop/PowerManagement/Inhibit",
                 "org.freedesktop.PowerManagement.Inhibit", "HasInhibit"))
             return QStringLiteral("an application inhibits the screensaver");
         return {};
@@ -91,8 +92,8 @@ private:
     QList<quint32> property(xcb_window_t window, xcb_atom_t name)
     {
         QList<quint32> values;
-        const auto cookie = xcb_get_property(m_connection, 0, window, name,
-                                             XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
+        const auto cookie =
+            xcb_get_property(m_connection, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
         xcb_get_property_reply_t *reply = xcb_get_property_reply(m_connection, cookie, nullptr);
         if (reply && reply->format == 32) {
             const auto *data = static_cast<const quint32 *>(xcb_get_property_value(reply));

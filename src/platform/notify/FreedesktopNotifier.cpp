@@ -7,7 +7,9 @@
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
 
-FreedesktopNotifier::FreedesktopNotifier(QObject *parent) : Notifier(parent) {}
+FreedesktopNotifier::FreedesktopNotifier(QObject *parent) : Notifier(parent)
+{
+}
 
 FreedesktopNotifier::~FreedesktopNotifier()
 {
@@ -21,13 +23,12 @@ NotificationsProxy *FreedesktopNotifier::proxy()
     m_proxy = new NotificationsProxy(QStringLiteral("org.freedesktop.Notifications"),
                                      QStringLiteral("/org/freedesktop/Notifications"),
                                      QDBusConnection::sessionBus(), this);
-    connect(m_proxy, &NotificationsProxy::ActionInvoked, this,
-            [this](uint id, const QString &key) {
-                if (id != m_id || id == 0)
-                    return;
-                m_id = 0;
-                Q_EMIT actionInvoked(key);
-            });
+    connect(m_proxy, &NotificationsProxy::ActionInvoked, this, [this](uint id, const QString &key) {
+        if (id != m_id || id == 0)
+            return;
+        m_id = 0;
+        Q_EMIT actionInvoked(key);
+    });
     connect(m_proxy, &NotificationsProxy::NotificationClosed, this, [this](uint id, uint) {
         if (id != m_id || id == 0)
             return;
@@ -47,10 +48,10 @@ void FreedesktopNotifier::show(const QString &summary, const QList<Action> &acti
     hints.insert(QStringLiteral("category"), QStringLiteral("presence"));
     m_withdrawn = false;
     // Asynchronous: the countdown never waits for the server.
-    auto *watcher = new QDBusPendingCallWatcher(
-        proxy()->Notify(AppInfo::name(), m_id, QStringLiteral("narv"), summary, QString(), pairs,
-                        hints, -1),
-        this);
+    auto *watcher =
+        new QDBusPendingCallWatcher(proxy()->Notify(AppInfo::name(), m_id, QStringLiteral("narv"),
+                                                    summary, QString(), pairs, hints, -1),
+                                    this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         const QDBusPendingReply<uint> reply = *watcher;

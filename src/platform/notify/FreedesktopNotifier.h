@@ -20,6 +20,6 @@ private:
     NotificationsProxy *proxy();
 
     NotificationsProxy *m_proxy = nullptr;
-    uint m_id = 0;          // the server's number of what we show; 0: nothing
+    uint m_id = 0;            // the server's number of what we show; 0: nothing
     bool m_withdrawn = false; // withdrawn before the server said its number
 };

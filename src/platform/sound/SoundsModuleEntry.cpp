@@ -20,9 +20,9 @@ extern "C" Q_DECL_EXPORT int narv_sounds_play(const char *eventId, const char *d
         return -1;
     }
     // An event sound: the desktop's event volume applies, and its theme.
-    const int result = ca_context_play(context, 0, CA_PROP_EVENT_ID, eventId,
-                                       CA_PROP_EVENT_DESCRIPTION, description, CA_PROP_MEDIA_ROLE,
-                                       "event", nullptr);
+    const int result =
+        ca_context_play(context, 0, CA_PROP_EVENT_ID, eventId, CA_PROP_EVENT_DESCRIPTION,
+                        description, CA_PROP_MEDIA_ROLE, "event", nullptr);
     if (result != CA_SUCCESS)
         *error = ca_strerror(result);
     return result;
