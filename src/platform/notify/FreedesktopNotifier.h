@@ -4,8 +4,9 @@
 
 class NotificationsProxy;
 
-// The session's notification server (org.freedesktop.Notifications), which
-// Flatpak lets through as well. Nothing is asked of the bus before the first
+// The session's notification server (org.freedesktop.Notifications). Inside
+// Flatpak it needs the sandbox to let that name through: the Notification
+// portal is not used. Nothing is asked of the bus before the first
 // notification: with the heads-up off this costs nothing.
 class FreedesktopNotifier : public Notifier {
     Q_OBJECT
