@@ -2,15 +2,19 @@
 
 #include "AppDelegate.h"
 #include "app/AppInfo.h"
+#include "app/HeadsUp.h"
 #include "app/Localized.h"
 #include "app/Log.h"
 #include "history/HistoryRecorder.h"
+#include "platform/busy/BusySources.h"
 #include "platform/control/ControlCommand.h"
 #include "platform/control/ControlService.h"
 #include "platform/events/EventSources.h"
 #include "platform/instance/SingleInstance.h"
 #include "platform/login/LoginItemBackend.h"
 #include "platform/mail/MailComposers.h"
+#include "platform/notify/FreedesktopNotifier.h"
+#include "platform/sound/BreakSounds.h"
 #include "platform/tray/ClassicTray.h"
 #include "platform/tray/TrayBackend.h"
 #include "platform/update/UpdateCheck.h"
@@ -144,6 +148,9 @@ int QuilloApp::main(int argc, char **argv)
     loadTranslations();
     TrayBackend::install();
     MailComposers::install();
+    HeadsUp::install(std::make_unique<FreedesktopNotifier>());
+    BreakSounds::install();
+    BusySources::install();
     UpdateCheck::install(viewsProcess);
     // [events]
     EventSources::install();

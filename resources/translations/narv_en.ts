@@ -419,5 +419,73 @@
         <source>of the target</source>
         <translation>of the target</translation>
     </message>
+    <message>
+        <source>Postpone</source>
+        <translation>Postpone</translation>
+    </message>
+    <message>
+        <source>Interruptions</source>
+        <translation>Interruptions</translation>
+    </message>
+    <message>
+        <source>Off</source>
+        <translation>Off</translation>
+    </message>
+    <message>
+        <source>Before a break</source>
+        <translation>Before a break</translation>
+    </message>
+    <message>
+        <source>Heads-up</source>
+        <translation>Heads-up</translation>
+    </message>
+    <message>
+        <source>At most</source>
+        <translation>At most</translation>
+    </message>
+    <message>
+        <source>in a row</source>
+        <translation>in a row</translation>
+    </message>
+    <message>
+        <source>No break during a call or full-screen work</source>
+        <translation>No break during a call or full-screen work</translation>
+    </message>
+    <message>
+        <source>Menu and sounds</source>
+        <translation>Menu and sounds</translation>
+    </message>
+    <message>
+        <source>Offer to pause for a while</source>
+        <translation>Offer to pause for a while</translation>
+    </message>
+    <message>
+        <source>Sounds at the start and end of a break</source>
+        <translation>Sounds at the start and end of a break</translation>
+    </message>
+    <message>
+        <source>Skip this break</source>
+        <translation>Skip this break</translation>
+    </message>
+    <message>
+        <source>Break in %1 seconds</source>
+        <translation>Break in %1 seconds</translation>
+    </message>
+    <message>
+        <source>until %1</source>
+        <translation>until %1</translation>
+    </message>
+    <message>
+        <source>Pause for 30 minutes</source>
+        <translation>Pause for 30 minutes</translation>
+    </message>
+    <message>
+        <source>Pause for 1 hour</source>
+        <translation>Pause for 1 hour</translation>
+    </message>
+    <message>
+        <source>Pause until tomorrow</source>
+        <translation>Pause until tomorrow</translation>
+    </message>
 </context>
 </TS>

@@ -419,5 +419,73 @@
         <source>of the target</source>
         <translation>目标占比</translation>
     </message>
+    <message>
+        <source>Postpone</source>
+        <translation>推迟</translation>
+    </message>
+    <message>
+        <source>Interruptions</source>
+        <translation>打扰</translation>
+    </message>
+    <message>
+        <source>Off</source>
+        <translation>关闭</translation>
+    </message>
+    <message>
+        <source>Before a break</source>
+        <translation>休息之前</translation>
+    </message>
+    <message>
+        <source>Heads-up</source>
+        <translation>提前提醒</translation>
+    </message>
+    <message>
+        <source>At most</source>
+        <translation>最多</translation>
+    </message>
+    <message>
+        <source>in a row</source>
+        <translation>次连续</translation>
+    </message>
+    <message>
+        <source>No break during a call or full-screen work</source>
+        <translation>通话或全屏时不休息</translation>
+    </message>
+    <message>
+        <source>Menu and sounds</source>
+        <translation>菜单和声音</translation>
+    </message>
+    <message>
+        <source>Offer to pause for a while</source>
+        <translation>提供暂停一段时间</translation>
+    </message>
+    <message>
+        <source>Sounds at the start and end of a break</source>
+        <translation>休息开始和结束时播放声音</translation>
+    </message>
+    <message>
+        <source>Skip this break</source>
+        <translation>跳过这次休息</translation>
+    </message>
+    <message>
+        <source>Break in %1 seconds</source>
+        <translation>%1 秒后休息</translation>
+    </message>
+    <message>
+        <source>until %1</source>
+        <translation>到 %1</translation>
+    </message>
+    <message>
+        <source>Pause for 30 minutes</source>
+        <translation>暂停 30 分钟</translation>
+    </message>
+    <message>
+        <source>Pause for 1 hour</source>
+        <translation>暂停 1 小时</translation>
+    </message>
+    <message>
+        <source>Pause until tomorrow</source>
+        <translation>暂停到明天</translation>
+    </message>
 </context>
 </TS>

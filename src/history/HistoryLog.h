@@ -19,7 +19,7 @@ struct HistoryEvent {
     // a break's kind ("short", "long", "greeting") or a pause's cause
     // ("manual", "lock", "idle")
     QString detail;
-    // how a break ended: "countdown", "skip", "pause", "lock", "quit"
+    // how a break ended: "countdown", "skip", "pause", "lock", "quit", "postponed"
     QString ended;
     qint64 ml = 0; // a drink's amount
 };

@@ -9,6 +9,7 @@
 #include "app/TicktackState.h"
 #include "history/HistoryPrefs.h"
 #include "settings/PrefWaterState.h"
+#include "settings/PromptState.h"
 #include "statusbar/StatusBarController.h"
 
 #include <QCoreApplication>
@@ -176,6 +177,8 @@ void HistoryRecorder::finishPhase(qint64 now)
             event.ended = QStringLiteral("lock");
         else if (AppState::manualPause())
             event.ended = QStringLiteral("pause");
+        else if (AppState::promptState()->postponed())
+            event.ended = QStringLiteral("postponed");
         else if (currentPhase() == Phase::Break)
             event.ended = QStringLiteral("quit");
         else

@@ -17,6 +17,7 @@ PrefEnvironment *PrefEnvironment::create(QQmlEngine *, QJSEngine *)
     QQmlEngine::setObjectOwnership(AppState::prefState(), QQmlEngine::CppOwnership);
     QQmlEngine::setObjectOwnership(AppState::prefState()->styleState(), QQmlEngine::CppOwnership);
     QQmlEngine::setObjectOwnership(AppState::waterState(), QQmlEngine::CppOwnership);
+    QQmlEngine::setObjectOwnership(PrefInterruptState::instance(), QQmlEngine::CppOwnership);
     return new PrefEnvironment;
 }
 
@@ -33,6 +34,11 @@ PrefStyleState *PrefEnvironment::styleState() const
 PrefWaterState *PrefEnvironment::waterState() const
 {
     return AppState::waterState();
+}
+
+PrefInterruptState *PrefEnvironment::interruptState() const
+{
+    return PrefInterruptState::instance();
 }
 
 QString PrefEnvironment::versionLine()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/PrefInterruptState.h"
 #include "settings/PrefState.h"
 #include "settings/PrefStyleState.h"
 #include "settings/PrefWaterState.h"
@@ -36,6 +37,13 @@ struct PrefWaterStateQmlType {
     QML_UNCREATABLE("the water settings are AppState::waterState()")
 };
 
+struct PrefInterruptStateQmlType {
+    Q_GADGET
+    QML_FOREIGN(PrefInterruptState)
+    QML_NAMED_ELEMENT(PrefInterruptState)
+    QML_UNCREATABLE("the interruption settings are PrefInterruptState::instance()")
+};
+
 // What every tab of the settings window reads: the settings objects the
 // controls bind to, and the few facts the About tab shows that AboutInfo does
 // not have.
@@ -46,6 +54,7 @@ class PrefEnvironment : public QObject {
     Q_PROPERTY(PrefState *prefState READ prefState CONSTANT)
     Q_PROPERTY(PrefStyleState *styleState READ styleState CONSTANT)
     Q_PROPERTY(PrefWaterState *waterState READ waterState CONSTANT)
+    Q_PROPERTY(PrefInterruptState *interruptState READ interruptState CONSTANT)
     Q_PROPERTY(QString versionLine READ versionLine CONSTANT)
     Q_PROPERTY(QString iconFontFamily READ iconFontFamily CONSTANT)
     Q_PROPERTY(QString iconGlyph READ iconGlyph CONSTANT)
@@ -55,6 +64,7 @@ public:
     PrefState *prefState() const;
     PrefStyleState *styleState() const;
     PrefWaterState *waterState() const;
+    PrefInterruptState *interruptState() const;
 
     // "v0.1.0(1)": the version and the build number, no spaces.
     static QString versionLine();

@@ -5,7 +5,7 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Narv.Preferences
 
-// The settings window's content: six tabs, each a symbol above its title.
+// The settings window's content: seven tabs, each a symbol above its title.
 // Every control writes its setting the moment it changes; there is nothing to
 // apply or save. Ctrl+W closes the window.
 Page {
@@ -107,6 +107,10 @@ Page {
                 {
                     "title": qsTranslate("Narv", "History"),
                     "symbol": "chart.bar"
+                },
+                {
+                    "title": qsTranslate("Narv", "Interruptions"),
+                    "symbol": "bell.circle"
                 }
             ]
 
@@ -180,6 +184,13 @@ Page {
         PrefTab {
             PrefHistoryView {
                 objectName: "history"
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+            }
+        }
+        PrefTab {
+            PrefInterruptionsView {
+                objectName: "interruptions"
                 Layout.fillWidth: true
                 Layout.fillHeight: true
             }

@@ -41,6 +41,12 @@ enum class Setting {
     waterLastShowDate,
     keepHistory,
     historyKeepDays,
+    headsUpSeconds,
+    postponeMinutes,
+    postponeLimit,
+    pauseForEnable,
+    deferWhenBusy,
+    breakSounds,
 };
 
 enum class SettingType { boolean, integer, number, text, textList };
@@ -122,6 +128,18 @@ inline constexpr SettingEntry settingsTable[] = {
      "History... comes or goes in the menu; recording starts or stops"},
     {Setting::historyKeepDays, "pref.history.keep.days", SettingType::integer, 365, nullptr, "days",
      "older history goes at the next start"},
+    {Setting::headsUpSeconds, "pref.heads.up.seconds", SettingType::integer, 0, nullptr, "seconds",
+     "a notification this long before each break; 0 off, else 10, 30 or 60"},
+    {Setting::postponeMinutes, "pref.postpone.minutes", SettingType::integer, 0, nullptr, "minutes",
+     "the break screen offers Postpone; 0 off, else 1, 5 or 10"},
+    {Setting::postponeLimit, "pref.postpone.limit", SettingType::integer, 1, nullptr, "times",
+     "postpones in a row before a break is taken, 1 to 3"},
+    {Setting::pauseForEnable, "pref.pause.for.enable", SettingType::boolean, 0, nullptr, "",
+     "the menu offers to pause for 30 minutes, an hour or until tomorrow"},
+    {Setting::deferWhenBusy, "pref.defer.when.busy", SettingType::boolean, 0, nullptr, "",
+     "a break waits, 30 minutes at most, while a call or a full-screen window goes on"},
+    {Setting::breakSounds, "pref.break.sounds", SettingType::boolean, 0, nullptr, "",
+     "a sound as each break starts and ends"},
 };
 
 namespace Settings {
@@ -151,5 +169,5 @@ constexpr bool settingsTableInOrder()
     return true;
 }
 static_assert(settingsTableInOrder(), "settingsTable rows must follow the order of Setting");
-static_assert(std::size(settingsTable) == int(Setting::historyKeepDays) + 1,
+static_assert(std::size(settingsTable) == int(Setting::breakSounds) + 1,
               "every Setting needs its row in settingsTable");

@@ -2,8 +2,10 @@
 
 #include "app/AppInfo.h"
 #include "app/AppState.h"
+#include "app/Clock.h"
 #include "app/Localized.h"
 #include "app/Log.h"
+#include "app/PauseFor.h"
 #include "windows/WindowController.h"
 
 #include <QCoreApplication>
@@ -19,6 +21,21 @@ std::function<std::unique_ptr<MailComposer>()> &mailService()
 void MenuAction::didClickPause(Sender)
 {
     AppState::setManualPause(!AppState::manualPause());
+}
+
+void MenuAction::didClickPauseFor30(Sender)
+{
+    PauseFor::pauseUntil(Clock::now().addSecs(30 * 60));
+}
+
+void MenuAction::didClickPauseFor60(Sender)
+{
+    PauseFor::pauseUntil(Clock::now().addSecs(60 * 60));
+}
+
+void MenuAction::didClickPauseUntilTomorrow(Sender)
+{
+    PauseFor::pauseUntil(PauseFor::tomorrow());
 }
 
 void MenuAction::didClickWater(Sender)

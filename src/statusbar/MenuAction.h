@@ -14,6 +14,10 @@ using Sender = const StatusBarController::MenuItem *;
 
 // Pauses or resumes the work cycle.
 void didClickPause(Sender sender);
+// "Pause for 30 minutes", "Pause for 1 hour", "Pause until tomorrow".
+void didClickPauseFor30(Sender sender);
+void didClickPauseFor60(Sender sender);
+void didClickPauseUntilTomorrow(Sender sender);
 void didClickWater(Sender sender);
 void didClickSettings(Sender sender);
 void didClickHistory(Sender sender);

@@ -2,11 +2,14 @@
 
 #include "app/AppInfo.h"
 #include "app/AppState.h"
+#include "app/BreakDeferral.h"
 #include "app/Clock.h"
 #include "app/CycleEvents.h"
 #include "app/Localized.h"
+#include "app/PauseFor.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
+#include "settings/PrefInterruptState.h"
 #include "settings/PrefState.h"
 #include "settings/PromptState.h"
 #include "statusbar/MenuAction.h"
@@ -34,6 +37,8 @@ QString pauseTitleOf(bool working)
            QStringLiteral(" -");
 }
 
+void showPausedUntil(const QDateTime &until);
+
 struct Item {
     Item()
         : pauseTitle(pauseTitleOf(AppState::working())),
@@ -42,8 +47,15 @@ struct Item {
         // The start/stop item follows every later assignment to AppState::working.
         QObject::connect(CycleEvents::instance(), &CycleEvents::workingAssigned,
                          CycleEvents::instance(), [](bool working) {
+                             if (!working && PauseFor::until().isValid())
+                                 showPausedUntil(PauseFor::until());
                              StatusBarController::setPauseItem(pauseImageOf(working),
                                                                pauseTitleOf(working));
+                         });
+        QObject::connect(PrefInterruptState::instance(), &PrefInterruptState::changed,
+                         CycleEvents::instance(), [] {
+                             StatusBarController::showPauseForItems(
+                                 PrefInterruptState::instance()->pauseForEnable());
                          });
         QObject::connect(CycleEvents::instance(), &CycleEvents::waterChanged,
                          CycleEvents::instance(), StatusBarController::updateWaterItem);
@@ -69,6 +81,7 @@ struct Item {
     int lastId = 0;
     WaterSource water;
     bool historyShown = false; // "History..." after "Settings..."
+    bool pauseForShown = false;
 };
 
 Item &state()
@@ -82,6 +95,14 @@ void applyTitle(const QString &title)
     state().title = title;
     if (state().backend)
         state().backend->setTitle(title);
+}
+
+// A pause that ends by itself says when, in the place of the frozen time:
+// "until 14:35", or "until Wed 00:00" for another day.
+void showPausedUntil(const QDateTime &until)
+{
+    const bool today = until.date() == Clock::now().date();
+    applyTitle(NARV_TR("until %1").arg(until.toString(today ? u"HH:mm" : u"ddd HH:mm")));
 }
 
 // See StatusBarController::toolTip(). Runs every second while counting, so the
@@ -126,7 +147,9 @@ void onCountdown()
     const bool timesUp = work->timesUp();
     if (timesUp) {
         title.clear();
-        AppState::promptState()->showBreak();
+        // An owed break is asked about again on each tick of the overrun countdown.
+        if (!BreakDeferral::holds())
+            AppState::promptState()->showBreak();
     }
     if (!state().showTime)
         title.clear();
@@ -164,6 +187,16 @@ MenuItem waterItem()
 {
     return makeItem(waterTitle(), QStringLiteral("drop.triangle"), QStringLiteral("r"),
                     MenuAction::didClickWater, int(Tag::water));
+}
+
+QList<MenuItem> pauseForItems()
+{
+    return {
+        makeItem(NARV_TR("Pause for 30 minutes"), QString(), QString(),
+                 MenuAction::didClickPauseFor30),
+        makeItem(NARV_TR("Pause for 1 hour"), QString(), QString(), MenuAction::didClickPauseFor60),
+        makeItem(NARV_TR("Pause until tomorrow"), QString(), QString(),
+                 MenuAction::didClickPauseUntilTomorrow)};
 }
 
 MenuItem historyItem()
@@ -206,6 +239,9 @@ void build()
                          int(Tag::pause)));
     if (s.water.enable && s.water.enable())
         menu.append(waterItem());
+    s.pauseForShown = PrefInterruptState::instance()->pauseForEnable();
+    if (s.pauseForShown)
+        menu.append(pauseForItems());
     // The "..." goes on after the lookup, so translations carry no dots.
     menu.append(makeItem(NARV_TR("Settings") + dots, QStringLiteral("gearshape.circle"),
                          QStringLiteral(","), MenuAction::didClickSettings));
@@ -343,6 +379,24 @@ void StatusBarController::showHistoryItem(bool shown)
         s.menu.insert(indexOfAction(MenuAction::didClickSettings) + 1, historyItem());
     else
         s.menu.removeAt(index);
+    if (s.backend)
+        s.backend->menuLayoutChanged();
+}
+
+void StatusBarController::showPauseForItems(bool shown)
+{
+    Item &s = state();
+    if (!s.menuBuilt || shown == s.pauseForShown)
+        return;
+    s.pauseForShown = shown;
+    const int at = indexOfAction(MenuAction::didClickSettings);
+    if (shown) {
+        const QList<MenuItem> items = pauseForItems();
+        for (int i = 0; i < items.size(); ++i)
+            s.menu.insert(at + i, items.at(i));
+    } else {
+        s.menu.remove(at - 3, 3);
+    }
     if (s.backend)
         s.backend->menuLayoutChanged();
 }

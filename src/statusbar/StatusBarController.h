@@ -67,6 +67,10 @@ bool activate(int id);
 void insetWaterItem();
 // Takes the water item out if it is there.
 void removeWaterItem();
+// "Pause for 30 minutes", "Pause for 1 hour" and "Pause until tomorrow"
+// right before "Settings..." (after the start/stop and water items), while
+// the setting offers them.
+void showPauseForItems(bool shown);
 // "History..." right after "Settings...", while the history is kept.
 void showHistoryItem(bool shown);
 // Recomputes the water item's title if it is there.

@@ -32,6 +32,13 @@ void BreakScreen::skipAction()
     CountdownCommands::send(CountdownCommand::closeBreak);
 }
 
+void BreakScreen::postponeAction()
+{
+    logger().log(LogLevel::Info, QStringLiteral("postpone break view"), {},
+                 LogSource{"BreakView", "postponeAction()", __LINE__});
+    CountdownCommands::send(CountdownCommand::postponeBreak);
+}
+
 void BreakScreen::openWaterReminder()
 {
     logger().log(LogLevel::Info, QStringLiteral("Click new feature: Water Reminder"), {},

@@ -47,6 +47,8 @@ public:
     // A click on the water reminder's promotion: ends the break and opens the
     // preferences so the reminder can be switched on.
     Q_INVOKABLE void openWaterReminder();
+    // "Postpone": the break goes away and comes again a few minutes later.
+    Q_INVOKABLE void postponeAction();
 
 private:
     using QObject::QObject;

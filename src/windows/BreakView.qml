@@ -164,6 +164,39 @@ Rectangle {
                     onTapped: root.skipAction()
                 }
             }
+
+            // Only with postponing on, and never on a forced long break: an
+            // outlined capsule beside "Skip", the lesser of the two.
+            Rectangle {
+                objectName: "postpone"
+                visible: root.promptState.showPostponeButton
+                implicitWidth: postponeLabel.implicitWidth + 32
+                implicitHeight: postponeLabel.implicitHeight + 16
+                radius: height / 2
+                color: postponeTap.pressed ? Qt.rgba(root.accent.r, root.accent.g, root.accent.b,
+                                                     0.15) : "transparent"
+                border.color: root.accent
+                border.width: 2
+                Accessible.role: Accessible.Button
+                Accessible.name: postponeLabel.text
+                Accessible.onPressAction: BreakScreen.postponeAction()
+
+                Text {
+                    id: postponeLabel
+                    anchors.centerIn: parent
+                    text: qsTranslate("Narv", "Postpone")
+                    color: root.accent
+                    font.pixelSize: 17
+                    font.bold: true
+                }
+
+                TapHandler {
+                    id: postponeTap
+                    gesturePolicy: TapHandler.ReleaseWithinBounds
+                    longPressThreshold: 3600
+                    onTapped: BreakScreen.postponeAction()
+                }
+            }
         }
     }
 }

@@ -22,6 +22,7 @@ std::optional<CountdownCommand> CountdownCommands::fromRawValue(int rawValue)
     case int(CountdownCommand::cancelWater):
     case int(CountdownCommand::showWaterItem):
     case int(CountdownCommand::hideWaterItem):
+    case int(CountdownCommand::postponeBreak):
         return CountdownCommand(rawValue);
     default:
         return std::nullopt;
@@ -48,6 +49,9 @@ void CountdownCommands::perform(CountdownCommand command)
         break;
     case CountdownCommand::hideWaterItem:
         StatusBarController::removeWaterItem();
+        break;
+    case CountdownCommand::postponeBreak:
+        AppState::promptState()->postpone();
         break;
     }
 }

@@ -14,6 +14,7 @@ enum class CountdownCommand : int {
     cancelWater,    // the water reminder is disarmed
     showWaterItem,  // the status menu gets its water item
     hideWaterItem,  // the status menu loses it
+    postponeBreak,  // the break view's Postpone: PromptState::postpone()
 };
 
 namespace CountdownCommands {

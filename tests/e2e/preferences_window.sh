@@ -35,12 +35,12 @@ xprop -id "$window" WM_NORMAL_HINTS | grep -q "minimum size: 480 by 400" ||
     fail "the window manager is not told the minimum size"
 ok "a second start opens \"Settings\", ${WIDTH}x${HEIGHT}"
 
-# The first tab has the keyboard; Tab goes past the other five to the first
+# The first tab has the keyboard; Tab goes past the other six to the first
 # switch of the General tab, "Launch at login", and Space switches it on.
 wait_for 5 bash -c "[[ \$(xdotool getwindowfocus 2>/dev/null) == $window ]]" ||
     fail "the window does not have the keyboard"
 wait_for 10 settled "$(views_pid)" || fail "the window process did not settle"
-xdotool key --delay 100 Tab Tab Tab Tab Tab Tab space
+xdotool key --delay 100 Tab Tab Tab Tab Tab Tab Tab space
 wait_for 5 grep -q "launch_at_login=true" "$home/config/narv/narv.conf" || fail "launch_at_login was not stored"
 [[ -f $home/config/autostart/app.narv.Narv.desktop ]] || fail "no autostart entry"
 ok "Tab and Space switch \"Launch at login\" on: stored, and the autostart entry written"

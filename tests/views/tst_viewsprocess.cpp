@@ -171,7 +171,7 @@ private Q_SLOTS:
         QVERIFY(!TicktackController::isRunning());
 
         QVERIFY(!CountdownCommands::fromRawValue(0));
-        QVERIFY(!CountdownCommands::fromRawValue(int(CountdownCommand::hideWaterItem) + 1));
+        QVERIFY(!CountdownCommands::fromRawValue(int(CountdownCommand::postponeBreak) + 1));
     }
 
     // The window process: started by the first window and ended with the

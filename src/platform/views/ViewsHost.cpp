@@ -50,6 +50,8 @@ void ViewsHost::onReceived(const QVariantList &message)
         AppState::promptState()->setPrompt(value.toString());
     } else if (name == QLatin1String("showSkipButton")) {
         AppState::promptState()->setShowSkipButton(value.toBool());
+    } else if (name == QLatin1String("showPostponeButton")) {
+        AppState::promptState()->setShowPostponeButton(value.toBool());
     } else if (name == QLatin1String("breakTime")) {
         AppState::breakState()->setTimeString(value.toString());
     } else if (name == QLatin1String("breakTimesUp")) {

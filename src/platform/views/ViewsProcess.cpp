@@ -31,6 +31,9 @@ ViewsProcess::ViewsProcess(QObject *parent) : QObject(parent)
     connect(prompt, &PromptState::showSkipButtonChanged, this, [this, prompt] {
         send({QStringLiteral("showSkipButton"), prompt->showSkipButton()});
     });
+    connect(prompt, &PromptState::showPostponeButtonChanged, this, [this, prompt] {
+        send({QStringLiteral("showPostponeButton"), prompt->showPostponeButton()});
+    });
     connect(breakState, &TicktackState::timeStringChanged, this, [this, breakState] {
         send({QStringLiteral("breakTime"), breakState->timeString()});
     });
@@ -112,6 +115,8 @@ void ViewsProcess::sendStates()
     TicktackState *breakState = AppState::breakState();
     send({QStringLiteral("prompt"), prompt->prompt()});
     send({QStringLiteral("showSkipButton"), prompt->showSkipButton()});
+    if (prompt->showPostponeButton())
+        send({QStringLiteral("showPostponeButton"), true});
     send({QStringLiteral("breakTime"), breakState->timeString()});
     send({QStringLiteral("breakTimesUp"), breakState->timesUp()});
 }

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "services/Notifier.h"
+
+class NotificationsProxy;
+
+// The session's notification server (org.freedesktop.Notifications). Inside
+// Flatpak it needs the sandbox to let that name through: the Notification
+// portal is not used. Nothing is asked of the bus before the first
+// notification: with the heads-up off this costs nothing.
+class FreedesktopNotifier : public Notifier {
+    Q_OBJECT
+public:
+    explicit FreedesktopNotifier(QObject *parent = nullptr);
+    ~FreedesktopNotifier() override;
+
+    void show(const QString &summary, const QList<Action> &actions) override;
+    void withdraw() override;
+
+private:
+    NotificationsProxy *proxy();
+
+    NotificationsProxy *m_proxy = nullptr;
+    uint m_id = 0;            // the server's number of what we show; 0: nothing
+    bool m_withdrawn = false; // withdrawn before the server said its number
+};

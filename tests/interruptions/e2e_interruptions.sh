@@ -1,0 +1,110 @@
+#!/usr/bin/env bash
+# The real program on a private X server and session bus, with dunst as the
+# notification server: a break owed while the focused window is full screen
+# starts when it no longer is; "Postpone" clicked on the break screen moves
+# the break a minute on (and a sound is asked for); the heads-up comes at once (60 seconds before),
+# offers "Skip this break" but no second postpone, and its skip is taken;
+# "Pause for 30 minutes" from the menu withdraws the heads-up and the status
+# item says until when.
+#
+#   tests/interruptions/e2e_interruptions.sh path/to/narv
+set -euo pipefail
+narv=$(realpath "$1")
+here=$(cd "$(dirname "$0")/../e2e" && pwd)
+source "$here/common.sh"
+narv_on_xvfb_and_bus "$0" "$@"
+
+narv_scratch_home
+start_watcher
+# dunst's context menu hands the actions to this "dmenu", which keeps them
+# and picks "Skip this break".
+mkdir -p "$home/config/dunst"
+cat >"$home/config/dunst/dunstrc" <<DUNST
+[global]
+    dmenu = /bin/sh -c "tee -a $home/actions | grep -m1 'Skip this break'"
+DUNST
+dunst -conf "$home/config/dunst/dunstrc" >"$home/dunst.out" 2>&1 &
+dunst=$!
+has_dunst() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+        string:org.freedesktop.Notifications 2>/dev/null | grep -q "boolean true"
+}
+wait_for 20 has_dunst || fail "dunst did not come up"
+shown_notes() { dunstctl count displayed; }
+
+# A window the "window manager" (xprop, as one would) makes full screen and focused.
+xclock >/dev/null 2>&1 &
+clock=$!
+wait_for 20 xdotool search --pid "$clock" >/dev/null || fail "no xclock window"
+clock_id=$(xdotool search --pid "$clock" | head -1)
+xprop -id "$clock_id" -f _NET_WM_STATE 32a -set _NET_WM_STATE _NET_WM_STATE_FULLSCREEN
+xprop -root -f _NET_ACTIVE_WINDOW 32x -set _NET_ACTIVE_WINDOW "$clock_id"
+trap 'kill "$dunst" "$clock" 2>/dev/null; [[ -n $pid ]] && kill "$pid" 2>/dev/null; kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
+
+narv_start <<'CONF'
+[General]
+pref.work.time=0
+pref.break.time=3000
+pref.postpone.minutes=1
+pref.postpone.limit=1
+pref.heads.up.seconds=60
+pref.pause.for.enable=true
+pref.defer.when.busy=true
+pref.break.sounds=true
+auto_check_update=false
+CONF
+gone() { [[ -z $(windows_named right --onlyvisible) ]]; }
+shown() { [[ -n $(windows_named right --onlyvisible) ]]; }
+
+wait_for 20 logged "the break waits: the focused window is full screen" || fail "the break did not wait"
+gone || fail "a break window came up over the full-screen window"
+xprop -id "$clock_id" -remove _NET_WM_STATE
+wait_for 10 logged "the break waited [0-9]* seconds (the focused window is full screen): it starts" ||
+    fail "the break did not start when full screen ended"
+wait_for 20 shown || fail "no break window"
+ok "a break waits out a full-screen window, and says so"
+# No sound card here: libcanberra is asked, and says why it cannot play.
+logged 'sound.*"alarm-clock-elapsed"' || fail "no sound asked for at the break's start"
+ok "the break's start asks the sound theme for its sound"
+
+# "Postpone" sits 48 px right of the Skip capsule: where it is drawn, the
+# blue text's box (its label's, with the promotion's) reaches past the capsule.
+postpone_at() {
+    xwd -root -silent >"$home/shot.xwd"
+    local blue cx cy cw tx tw
+    blue=$(python3 "$here/xshot.py" blue "$home/shot.xwd" 1280 0 1280 800)
+    read -r _ cx cy cw _ < <(grep capsule <<<"$blue") || return 1
+    read -r _ tx _ tw _ < <(grep text <<<"$blue") || return 1
+    ((tx + tw / 2 > cx + cw / 2 + 48)) || return 1
+    echo "$((cx + cw / 2 + 60)) $cy"
+}
+wait_for 10 postpone_at >/dev/null || fail "no Postpone beside Skip"
+read -r x y < <(postpone_at)
+xdotool mousemove "$x" "$y" click 1
+wait_for 5 logged "break postponed by 1 minutes (1 of 1 in a row)" || fail "Postpone did not postpone"
+wait_for 10 gone || fail "the break windows stay after Postpone"
+logged "ticktack timer start 60$" || fail "the break did not move a minute on"
+ok "Postpone moves the break a minute on"
+
+wait_for 10 [ "$(shown_notes)" = 1 ] || fail "no heads-up"
+logged "heads-up: break in" || fail "the heads-up is not in the log"
+dunstctl context
+wait_for 10 logged "the coming break is skipped" || fail "Skip this break did nothing"
+grep -q "Skip this break" "$home/actions" || fail "no Skip this break: $(cat "$home/actions")"
+! grep -q "Postpone" "$home/actions" || fail "a second postpone was offered"
+ok "the heads-up offers Skip this break, no second postpone, and skips"
+
+# Postponed again (the count starts afresh with work), then paused for 30 minutes.
+wait_for 20 shown || fail "no break after the skip"
+read -r x y < <(postpone_at)
+xdotool mousemove "$x" "$y" click 1
+wait_for 10 [ "$(shown_notes)" = 1 ] || fail "no heads-up after the second postpone"
+menu_click label '"Pause for 30 minutes"' || fail "no Pause for 30 minutes in the menu"
+wait_for 10 [ "$(shown_notes)" = 0 ] || fail "the heads-up stays through the pause"
+logged "paused until" || fail "the pause is not in the log"
+says_until() { item_property XAyatanaLabel | grep -q "^until [0-9][0-9]:[0-9][0-9]$"; }
+wait_for 5 says_until || fail "the status item says \"$(item_property XAyatanaLabel)\", not until when"
+ok "pausing for 30 minutes withdraws the heads-up; the status item says until when"
+
+narv_stop
+echo "e2e interruptions: $passed passed, 0 failed"
