@@ -167,7 +167,7 @@ private Q_SLOTS:
         const Logger logger("other.label", handler);
         logger.log(LogLevel::Info, "hello there", callMetadata, LogSource{"file.cpp", "fn", 12});
 
-        QCOMPARE(readLines(path), QStringList{expected});
+        QCOMPARE(readLines(path), QStringList({expected}));
         QCOMPARE(handler->metadata(),
                  handlerMetadata); // the call's metadata did not stick
     }
@@ -181,9 +181,9 @@ private Q_SLOTS:
             built.logger.log(LogLevel(level), "at " + logLevelText(LogLevel(level)));
 
         QCOMPARE(readLines(fileFor(now)),
-                 QStringList{appLine("info", hello()), appLine("info", "at info"),
-                             appLine("notice", "at notice"), appLine("warning", "at warning"),
-                             appLine("error", "at error"), appLine("critical", "at critical")});
+                 QStringList({appLine("info", hello()), appLine("info", "at info"),
+                              appLine("notice", "at notice"), appLine("warning", "at warning"),
+                              appLine("error", "at error"), appLine("critical", "at critical")}));
     }
 
     void concurrentWritersKeepLinesWhole()
@@ -257,8 +257,8 @@ private Q_SLOTS:
 
         QCOMPARE(QDir(m_folder).entryList(QDir::Files), {"app.narv.Narv.20261122.log"});
         QCOMPARE(readLines(fileFor(now)),
-                 QStringList{appLine("info", hello()), appLine("info", "first run"),
-                             appLine("info", hello()), appLine("info", "second run")});
+                 QStringList({appLine("info", hello()), appLine("info", "first run"),
+                              appLine("info", hello()), appLine("info", "second run")}));
     }
 
     void weekBasedYear_data()
@@ -385,8 +385,8 @@ private Q_SLOTS:
         QCOMPARE(files.size(), 1);
         QVERIFY(files[0].startsWith(AppInfo::identifier() + u'.') && files[0].endsWith(".log"));
         QCOMPARE(readLines(folder.filePath(files[0])),
-                 QStringList{appLine("info", hello()), appLine("warning", "routed warning"),
-                             appLine("critical", "fatal marker 42")});
+                 QStringList({appLine("info", hello()), appLine("warning", "routed warning"),
+                              appLine("critical", "fatal marker 42")}));
     }
 
     void versionTexts_data()
