@@ -229,107 +229,65 @@ private Q_SLOTS:
         QVERIFY(!AppState::working());
     }
 
-    void lock_data()
-    {
-        QTest::addColumn<bool>("showNewDayTip");
-        QTest::addColumn<bool>("restartTimerAfterAwake");
-        QTest::newRow("defaults") << false << true;
-        QTest::newRow("greeting on") << true << true;
-        QTest::newRow("keep running") << false << false;
-    }
-
-    void lock()
-    {
-        QFETCH(bool, showNewDayTip);
-        QFETCH(bool, restartTimerAfterAwake);
-        pref()->setShowNewDayTip(showNewDayTip);
-        pref()->setRestartTimerAfterAwake(restartTimerAfterAwake);
-        pref()->setLastWeakupTimestamp(1000.0);
-        m_now = localTime(2026, 3, 10, 14, 30);
-
-        pref()->setWorkTime(1);
-        pass(60); // a break is on screen
-        QCOMPARE(m_windows->count("showBreak"), 1);
-        Q_EMIT m_lock->locked();
-
-        QCOMPARE(pref()->lastWeakupTimestamp(),
-                 showNewDayTip ? double(m_now.toSecsSinceEpoch()) : 1000.0);
-        if (restartTimerAfterAwake) {
-            QVERIFY(!AppState::working());
-            QVERIFY(!TicktackController::isRunning());
-            QCOMPARE(m_windows->count("closeBreak"), 1);
-        } else {
-            // The countdown runs on behind the lock screen.
-            const QString before = AppState::breakState()->timeString();
-            pass(5);
-            QVERIFY(AppState::breakState()->timeString() != before);
-            QCOMPARE(m_windows->count("closeBreak"), 0);
-        }
-    }
-
-    void unlock_data()
+    // A lock with a break on screen, time behind the lock screen, and the
+    // unlock, under each setting. Only with the greeting on is the lock's
+    // moment recorded, and the unlock then starts a new round of breaks; on a
+    // new day it greets first.
+    void lockAndUnlock_data()
     {
         QTest::addColumn<bool>("showNewDayTip");
         QTest::addColumn<bool>("restartTimerAfterAwake");
         QTest::addColumn<bool>("paused");
         QTest::addColumn<bool>("newDay");
-        QTest::addColumn<bool>("greeting");
-        QTest::addColumn<bool>("counterReset");
-        QTest::addColumn<bool>("workRestarts");
-
-        QTest::newRow("defaults") << false << true << false << false << false << false << true;
-        QTest::newRow("no restart") << false << false << false << false << false << false << false;
-        QTest::newRow("paused") << false << true << true << false << false << false << false;
-        QTest::newRow("greeting on, same day")
-            << true << true << false << false << false << true << true;
-        QTest::newRow("greeting on, new day")
-            << true << true << false << true << true << true << false;
-        QTest::newRow("greeting on, new day, no restart")
-            << true << false << false << true << true << true << false;
+        QTest::newRow("defaults") << false << true << false << false;
+        QTest::newRow("keep running") << false << false << false << false;
+        QTest::newRow("paused") << false << true << true << true;
+        QTest::newRow("greeting on, same day") << true << true << false << false;
+        QTest::newRow("greeting on, new day") << true << true << false << true;
+        QTest::newRow("greeting on, new day, keep running") << true << false << false << true;
+        QTest::newRow("greeting on, new day, paused") << true << true << true << true;
     }
 
-    void unlock()
+    void lockAndUnlock()
     {
         QFETCH(bool, showNewDayTip);
         QFETCH(bool, restartTimerAfterAwake);
         QFETCH(bool, paused);
         QFETCH(bool, newDay);
-        QFETCH(bool, greeting);
-        QFETCH(bool, counterReset);
-        QFETCH(bool, workRestarts);
-
-        // One break taken, so a reset of the count shows.
-        PromptState *prompt = AppState::promptState();
-        prompt->showBreak();
-        prompt->closePrompt();
-        QCOMPARE(prompt->shortBreakTimes(), 1);
-
         pref()->setShowNewDayTip(showNewDayTip);
         pref()->setRestartTimerAfterAwake(restartTimerAfterAwake);
+        pref()->setLastWeakupTimestamp(1000.0);
+        pref()->setWorkTime(1);
+        pass(60); // a break, counted and on screen at the lock
         m_now = localTime(2026, 3, 10, 8, 0);
-        pref()->updateWeakupTimestamp();
-        m_now = newDay ? localTime(2026, 3, 11, 8, 0) : localTime(2026, 3, 10, 17, 0);
+        PromptState *prompt = AppState::promptState();
         if (paused)
             AppState::setManualPause(true);
-        else
-            AppState::setWorking(false); // as a lock leaves it
-        const int shown = m_windows->count("showBreak");
+
+        Q_EMIT m_lock->locked();
+        const double lockedAt = showNewDayTip ? double(m_now.toSecsSinceEpoch()) : 1000.0;
+        QCOMPARE(pref()->lastWeakupTimestamp(), lockedAt);
+        const bool runsOn = !restartTimerAfterAwake && !paused;
+        QCOMPARE(TicktackController::isRunning(), runsOn);
+        QCOMPARE(m_windows->count("closeBreak"), restartTimerAfterAwake ? 1 : 0);
+        pass(5);
+        m_now = newDay ? localTime(2026, 3, 11, 8, 0) : localTime(2026, 3, 10, 17, 0);
 
         Q_EMIT m_lock->unlocked();
-
-        QCOMPARE(m_windows->count("showBreak"), shown + (greeting ? 1 : 0));
+        const bool greeting = showNewDayTip && newDay;
+        QCOMPARE(m_windows->count("showBreak"), greeting ? 2 : 1);
         if (greeting) {
             QCOMPARE(prompt->showSkipButton(), false);
             QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("00:10"));
             QVERIFY(BreakStyles::newDayPrompts(BreakStyle::default_).contains(prompt->prompt()));
+        } else if (runsOn) {
+            QCOMPARE(AppState::breakState()->timeString(), QStringLiteral("04:55"));
+        } else if (!paused) {
+            QCOMPARE(AppState::workState()->timeString(), QStringLiteral("01:00"));
         }
-        QCOMPARE(prompt->shortBreakTimes(), counterReset ? 0 : 1);
-        QCOMPARE(AppState::working(), workRestarts);
-        if (workRestarts)
-            QCOMPARE(AppState::workState()->timeString(), QStringLiteral("25:00"));
-        // Only a lock records the moment.
-        QCOMPARE(pref()->lastWeakupTimestamp(),
-                 double(localTime(2026, 3, 10, 8, 0).toSecsSinceEpoch()));
+        QCOMPARE(prompt->shortBreakTimes(), showNewDayTip ? 0 : 1);
+        QCOMPARE(AppState::working(), !paused && !(greeting && restartTimerAfterAwake));
+        QCOMPARE(pref()->lastWeakupTimestamp(), lockedAt);
     }
 
     void newDayAcrossMidnight()
