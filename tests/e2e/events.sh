@@ -22,22 +22,16 @@ pref.work.time=25
 CONF
 # Waits up to $1 seconds for the count of log lines matching $2 to exceed $3.
 wait_count() { wait_for "$1" logged "$2" $(($3 + 1)); }
+# Locks (true) or unlocks (false) the screen and waits until narv has seen it.
 screensaver() {
+    local line=" : screen $([[ $1 == true ]] && echo locked || echo unlocked)$" before
+    before=$(count "$line")
     dbus-send --session --type=signal /org/gnome/ScreenSaver org.gnome.ScreenSaver.ActiveChanged \
         "boolean:$1"
+    wait_count 5 "$line" "$before" || fail "the screen did not change to $1"
 }
-lock() {
-    local before
-    before=$(count " : screen locked$")
-    screensaver true
-    wait_count 5 " : screen locked$" "$before" || fail "the lock did not arrive"
-}
-unlock() {
-    local before
-    before=$(count " : screen unlocked$")
-    screensaver false
-    wait_count 5 " : screen unlocked$" "$before" || fail "the unlock did not arrive"
-}
+lock() { screensaver true; }
+unlock() { screensaver false; }
 restarts() { count " : mouse activity, work starts again$"; }
 
 # Each case ends once narv has read every event of its input: a key's

@@ -3,6 +3,8 @@
 // LockedHint on the stand-in system bus, and all of them together, merged into
 // one lock and one unlock that reach the handlers.
 // Also Mutter's idle monitor turned into activity.
+// Each case waits for the report it expects and then compares everything
+// reported so far: a report that should not have come shows as one too many.
 
 #include "FakeWindows.h"
 #include "LogTail.h"
@@ -62,8 +64,13 @@ class FakeLogindSession : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Session")
     Q_PROPERTY(bool LockedHint READ lockedHint)
 public:
-    bool lockedHint() const { return m_lockedHint; }
+    bool lockedHint() const
+    {
+        ++reads;
+        return m_lockedHint;
+    }
     void setLockedHint(bool value) { m_lockedHint = value; }
+    mutable int reads = 0;
 
 private:
     bool m_lockedHint = false;
@@ -155,8 +162,14 @@ class TestEventSources : public QObject {
                                  {{QStringLiteral("LockedHint"), locked}});
     }
 
-    // Waits long enough for any report to settle, then a little more.
-    void settle() { QTest::qWait(DBusScreenLockSource::settleMs + 100); }
+    // What `source` reports, in order: "lock" and "unlock".
+    static std::shared_ptr<QStringList> reports(ScreenLockSource *source)
+    {
+        auto said = std::make_shared<QStringList>();
+        connect(source, &ScreenLockSource::locked, source, [said] { said->append("lock"); });
+        connect(source, &ScreenLockSource::unlocked, source, [said] { said->append("unlock"); });
+        return said;
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -206,30 +219,20 @@ private Q_SLOTS:
         QFETCH(QString, interface);
         const QString path = screenSaverPath(interface);
         auto source = startedSource();
-        QSignalSpy locked(source.get(), &ScreenLockSource::locked);
-        QSignalSpy unlocked(source.get(), &ScreenLockSource::unlocked);
+        const auto said = reports(source.get());
 
-        // A lock undone at once is swallowed.
+        // A lock undone at once is swallowed; an unlock when not locked says
+        // nothing.
         screenSaverSays(interface, path, true);
         screenSaverSays(interface, path, false);
-        settle();
-        QCOMPARE(locked.count(), 0);
-        QCOMPARE(unlocked.count(), 0);
-        QVERIFY(!source->isLocked());
-
-        screenSaverSays(interface, path, false); // not locked: nothing to report
+        screenSaverSays(interface, path, false);
         screenSaverSays(interface, path, true);
-        QTRY_COMPARE(locked.count(), 1);
-        screenSaverSays(interface, path, true); // some desktops say it twice
-        settle();
-        QCOMPARE(locked.count(), 1);
+        QTRY_COMPARE(said->size(), 1);
         QVERIFY(source->isLocked());
-        QCOMPARE(unlocked.count(), 0);
-
+        screenSaverSays(interface, path, true); // some desktops say it twice
         screenSaverSays(interface, path, false);
-        QTRY_COMPARE(unlocked.count(), 1);
-        QVERIFY(!source->isLocked());
-        QCOMPARE(locked.count(), 1);
+        QTRY_VERIFY(!source->isLocked());
+        QCOMPARE(*said, QStringList({"lock", "unlock"}));
     }
 
     void logind_data()
@@ -253,26 +256,27 @@ private Q_SLOTS:
             QCOMPARE(m_manager.askedIds, QStringList{QStringLiteral("c7")});
         else
             QCOMPARE(m_manager.askedPids, QList<uint>{uint(QCoreApplication::applicationPid())});
-        QSignalSpy locked(source.get(), &ScreenLockSource::locked);
-        QSignalSpy unlocked(source.get(), &ScreenLockSource::unlocked);
+        const auto said = reports(source.get());
 
         logindSays(true);
-        QTRY_COMPARE(locked.count(), 1);
+        QTRY_COMPARE(*said, QStringList{"lock"});
 
-        // Other properties of the session, and other interfaces, are not a lock state.
+        // Other properties of the session, and other interfaces, are not a
+        // lock state; told only that LockedHint changed, the source asks for it.
         sessionPropertiesChanged(QStringLiteral("org.freedesktop.login1.Session"),
                                  {{QStringLiteral("IdleHint"), false}});
         sessionPropertiesChanged(QStringLiteral("org.example.Other"),
                                  {{QStringLiteral("LockedHint"), false}});
-        settle();
-        QCOMPARE(unlocked.count(), 0);
-
-        // Told only that LockedHint changed, the source asks for it.
+        const int reads = m_session.reads;
+        sessionPropertiesChanged(QStringLiteral("org.freedesktop.login1.Session"), {},
+                                 {QStringLiteral("LockedHint")});
+        QTRY_COMPARE(m_session.reads, reads + 1);
+        // Still locked: the read answered true. Now unlocked, read again.
         m_session.setLockedHint(false);
         sessionPropertiesChanged(QStringLiteral("org.freedesktop.login1.Session"), {},
                                  {QStringLiteral("LockedHint")});
-        QTRY_COMPARE(unlocked.count(), 1);
-        QCOMPARE(locked.count(), 1);
+        QTRY_COMPARE(*said, QStringList({"lock", "unlock"}));
+        QCOMPARE(m_session.reads, reads + 2);
     }
 
     void handlersSeeOneLockAndOneUnlock()
@@ -297,7 +301,6 @@ private Q_SLOTS:
         for (const QString &interface : DBusScreenLockSource::screenSaverInterfaces())
             screenSaverSays(interface, QStringLiteral("/ScreenSaver"), true);
         QTRY_VERIFY(!AppState::working());
-        settle();
         QCOMPARE(LogTail::count("screen locked\n"), locks + 1);
         QCOMPARE(weakup.count(), 1);
         QCOMPARE(m_windows->count("closeBreak"), 1);
@@ -306,9 +309,9 @@ private Q_SLOTS:
             screenSaverSays(interface, QStringLiteral("/ScreenSaver"), false);
         logindSays(false);
         QTRY_VERIFY(AppState::working());
-        settle();
         QCOMPARE(LogTail::count("screen unlocked\n"), unlocks + 1);
         QCOMPARE(LogTail::count("ticktack timer start 1500\n"), starts + 1);
+        QCOMPARE(LogTail::count("screen locked\n"), locks + 1);
         QCOMPARE(weakup.count(), 1);
         QCOMPARE(m_windows->count("closeBreak"), 1);
     }
@@ -337,34 +340,27 @@ private Q_SLOTS:
         qunsetenv("WAYLAND_DISPLAY");
         qunsetenv("DISPLAY");
 
+        // The replies with the watches' ids and the signals below come from one
+        // connection, in order, so each signal finds its watch known.
         MutterIdleActivitySource source(QDBusConnection::sessionBus());
-        QSignalSpy activity(&source, &InputActivitySource::activity);
+        QList<bool> active; // isUserActive() at each activity
+        connect(&source, &InputActivitySource::activity, this,
+                [&] { active.append(source.isUserActive()); });
         QVERIFY(source.start());
         QTRY_COMPARE(mutter.idleIntervals, QList<qulonglong>{1000});
         QTRY_COMPARE(mutter.activeWatchesAdded, 1);
-        QTest::qWait(100); // the replies carrying the watch ids
         QVERIFY(!source.isUserActive());
-        QCOMPARE(activity.count(), 0);
 
-        // The user comes back: activity, and the pulse runs while they stay.
+        // The user comes back (activity, and the pulse runs while they stay);
+        // another client's watch is none of ours; a second of idleness (the
+        // last input was just now); back again.
         Q_EMIT mutter.WatchFired(mutter.activeWatch);
-        QTRY_COMPARE(activity.count(), 1);
-        QVERIFY(source.isUserActive());
-
-        // Another client's watch is none of ours.
         Q_EMIT mutter.WatchFired(7);
-        QTest::qWait(100);
-        QCOMPARE(activity.count(), 1);
-
-        // A second of idleness: the last input was just now; wait for the next.
         Q_EMIT mutter.WatchFired(mutter.idleWatch);
-        QTRY_COMPARE(activity.count(), 2);
-        QVERIFY(!source.isUserActive());
         QTRY_COMPARE(mutter.activeWatchesAdded, 2);
-        QTest::qWait(100);
         Q_EMIT mutter.WatchFired(mutter.activeWatch);
-        QTRY_COMPARE(activity.count(), 3);
-        QVERIFY(source.isUserActive());
+        QTRY_COMPARE(active.size(), 3);
+        QCOMPARE(active, QList<bool>({true, false, true}));
 
         // A restarted Mutter has forgotten the watches; they are added again.
         QVERIFY(bus.unregisterService(MutterIdleActivitySource::service));
