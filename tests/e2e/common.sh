@@ -134,6 +134,12 @@ menu_call() {
     shift
     dbus-send --session --print-reply --dest="$item" /MenuBar "com.canonical.dbusmenu.$method" "$@" 2>/dev/null
 }
+# The menu's labels, one a line, in order. Read whole by awk: a reader that
+# stops at its first match (grep -q) cuts dbus-send off in the middle of the
+# long reply, and under pipefail that reads as a failed call.
+menu_labels() {
+    menu_call GetLayout int32:0 int32:-1 array:string: | awk '/string "label"/ { getline; split($0, f, "\""); print f[2] }'
+}
 # The id of the first menu item whose property $1 matches $2.
 menu_find() {
     local id
