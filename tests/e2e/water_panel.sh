@@ -9,8 +9,6 @@
 # menu's "Quit" ends the program.
 #
 #   tests/e2e/water_panel.sh path/to/narv
-#   NARV_SCREENSHOT=out.png tests/e2e/water_panel.sh path/to/narv   also keeps
-#                                                  a picture of the panel
 set -euo pipefail
 narv=$(realpath "$1")
 here=$(cd "$(dirname "$0")" && pwd)
@@ -69,12 +67,6 @@ ok "one panel at the top-right corner of the primary monitor, 280x330, above, on
 
 drawn() { shot && done_button >/dev/null; }
 wait_for 10 drawn || fail "no \"Done\" on the panel"
-if [[ -n ${NARV_SCREENSHOT:-} ]]; then
-    # Past the fade in.
-    sleep 2.5
-    shot
-    python3 "$here/xshot.py" png "$home/shot.xwd" "$NARV_SCREENSHOT" 1000 0 280 330
-fi
 
 # --- "Done" drinks the chosen amount, then the panel goes
 read -r _ x y _ _ < <(done_button)
