@@ -36,16 +36,21 @@ shown() { [[ -n $(windows_named "$1" --onlyvisible) ]]; }
 wait_for 20 logged " : sandbox home path: " || fail "narv did not start"
 wait_for 10 settled || fail "narv did not settle after start"
 
-# The next period is none: a break a second after the current one is stopped
-# and started again from the menu's start/stop item.
-setting pref.work.time 0
-menu_click x-narv-tag "int32 2$" || fail "no start/stop item in the menu"
-wait_for 5 logged " : ticktack timer stoped" || fail "the menu did not stop the work"
-menu_click x-narv-tag "int32 2$"
-wait_for 10 shown left || fail "no break window on the left monitor"
-wait_for 5 shown right || fail "no break window on the right monitor"
-# The next work period is long again: once this break is over nothing is near.
-setting pref.work.time 2
+# A break now: the next period is none, and the current one is stopped and
+# started again from the menu's start/stop item. The period after the break
+# is long again: once the break is over nothing is near.
+break_now() {
+    setting pref.work.time 0
+    local stops
+    stops=$(count " : ticktack timer stoped")
+    menu_click x-narv-tag "int32 2$" || fail "no start/stop item in the menu"
+    wait_for 5 logged " : ticktack timer stoped" $((stops + 1)) || fail "the menu did not stop the work"
+    menu_click x-narv-tag "int32 2$"
+    wait_for 10 shown left || fail "no break window on the left monitor"
+    wait_for 5 shown right || fail "no break window on the right monitor"
+    setting pref.work.time 2
+}
+break_now
 views=$(views_pid)
 [[ -n $views ]] || fail "no window process beside narv during the break"
 logged " : window process $views started$" || fail "the window process is not in the log"
@@ -59,13 +64,7 @@ logged " : no window left: the window process ends$" || fail "the window process
 ok "with the break over and no break near, the window process ends"
 
 # A window process that goes during a break does not keep the user from work.
-setting pref.work.time 0
-stops=$(log | grep -c " : ticktack timer stoped")
-menu_click x-narv-tag "int32 2$"
-wait_for 5 logged " : ticktack timer stoped" $((stops + 1)) || fail "the menu did not stop the work"
-menu_click x-narv-tag "int32 2$"
-wait_for 10 shown left || fail "no break window for the second break"
-setting pref.work.time 2
+break_now
 kill -9 "$(views_pid)"
 expected_errors=" : (the window process crashed|the break windows went away with their process: the break ends)$"
 wait_for 10 logged " : the break windows went away with their process: the break ends$" ||
