@@ -86,13 +86,11 @@ mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
 start_watcher() {
     "${fakewatcher:-$(dirname "$narv")/narv_fakewatcher}" >>"$home/watcher.out" &
     watcher=$!
-    for _ in $(seq 1 200); do
-        dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
-            string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true" && return 0
-        sleep 0.1
-    done
-    echo "FAIL: the watcher did not come up"
-    exit 1
+    wait_for 20 watcher_up || fail "the watcher did not come up"
+}
+watcher_up() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+        string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true"
 }
 # The window process narv started, if there is one now.
 views_pid() { pgrep -P "$pid" -f -- "--views" | head -1; }

@@ -187,8 +187,6 @@ private Q_SLOTS:
 
     void portalGetsTheLogFile()
     {
-        if (!QDBusConnection::sessionBus().isConnected())
-            QSKIP("no session bus (ctest runs this under dbus-run-session)");
         QDBusConnection portalBus =
             QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
         FakeEmailPortal portal;
