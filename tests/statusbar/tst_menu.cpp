@@ -148,7 +148,9 @@ private Q_SLOTS:
                  (QStringList{QStringLiteral("showPrefView"), QStringLiteral("checkForUpdates"),
                               QStringLiteral("showAbout")}));
 
+        // The water item comes in right below the start/stop item, as at launch.
         StatusBarController::insetWaterItem();
+        QCOMPARE(indexOf(QStringLiteral("Water (")), int(Tag::water));
         QVERIFY(StatusBarController::activate(StatusBarController::itemWithTag(Tag::water)->id));
         QCOMPARE(m_windows->calls.last(), QStringLiteral("showWaterView"));
     }
