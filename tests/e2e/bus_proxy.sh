@@ -45,7 +45,9 @@ done
 [[ $label =~ ^2[0-4]:[0-5][0-9]$ ]] || fail "the label is '$label', not a countdown from 25:00"
 kill -0 "$proxy" || fail "the proxy ended"
 ! grep -qi "invalid\|disconnect" "$home/proxy.out" || fail "the proxy complained"
-[[ $(item_property Id) == app.narv.Narv ]] || fail "the item does not answer"
+props="$(item_property Id) $(item_property Category) $(item_property Status) $(item_property Title)"
+[[ $props == "app.narv.Narv ApplicationStatus Active Narv" ]] || fail "the item reads: $props"
+[[ $(item_property ToolTip) == *"Next break at "* ]] || fail "the tooltip does not name the break"
 menu=$(menu_labels | paste -sd'|') || fail "no layout from the menu"
 [[ $menu == "    Narv - v"*"|- Stop -|Settings...|Check for Updates...|Feedback...|About...|Quit" ]] ||
     fail "the menu reads: $menu"

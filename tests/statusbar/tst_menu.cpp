@@ -1,6 +1,6 @@
 // Children report on standard error: standard output carries the log.
 //
-// The status menu as a model (the items as a panel reads them are tst_tray's):
+// The status menu as a model (the items as a panel reads them: e2e/bus_proxy.sh):
 // the water item's title and its place at launch, the clicks reaching their
 // targets, the feedback mail's text, the translation tables; and the item's
 // title and tooltip, which names the break's time and is told again only
