@@ -153,6 +153,8 @@ private Q_SLOTS:
                               QStringLiteral("Narv Feedback"), QStringLiteral("--body"),
                               MenuAction::feedbackBody(), QStringLiteral("--attach"), m_log,
                               QStringLiteral("feedback@narv.app")}));
+        QVERIFY(MenuAction::feedbackBody().startsWith("Please use Chinese or English in your mail, "
+                                                      "if you can.\n\n\n\n\n\n\n\nApp version: v"));
 
         // No log file (say, the cache folder is read-only): the draft goes without it.
         QCOMPARE(
