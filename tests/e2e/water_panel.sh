@@ -52,9 +52,7 @@ done_button() { python3 "$here/xshot.py" blue "$home/shot.xwd" 1000 260 280 70 |
 # --- the water item is in the menu, the panel is not on the screen
 wait_for 20 label_is "Water (40% )" || fail "no water item reading \"Water (40% )\": $(water_label)"
 gone || fail "the panel is there before it was asked for"
-counting() { [[ $(item_property XAyatanaLabel) =~ ^24:5[0-9]$ ]]; }
-wait_for 15 counting || fail "the item's label does not count down from 25:00: $(item_property XAyatanaLabel)"
-ok "the menu has the water item with today's tally, the item's label counts down"
+ok "the menu has the water item with today's tally"
 
 # --- the item opens the panel
 click_water_item
@@ -77,11 +75,7 @@ ok "Done adds the chosen amount to the settings and to the menu"
 wait_for 10 gone || fail "the panel stayed after Done"
 ok "the panel goes after Done"
 
-# --- with the panel gone, so is the process that drew it
 ended() { logged " : no window left: the window process ends$" "$1"; }
-wait_for 10 ended 1 || fail "the window process stayed after the panel went"
-ok "with the panel gone, the window process ends"
-
 # --- the item toggles the panel; moved, it comes back where it was put,
 # from a new window process
 click_water_item
