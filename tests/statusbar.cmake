@@ -17,6 +17,14 @@ narv_add_core_test(tst_menu statusbar/tst_menu.cpp)
 narv_add_core_test(tst_icontheme statusbar/tst_icontheme.cpp)
 target_link_libraries(tst_icontheme PRIVATE narv_tray)
 
+# The item and its menu read the way a panel reads them, with a small
+# StatusNotifierWatcher of the test's own.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
+narv_add_bus_test(tst_tray statusbar/tst_tray.cpp statusbar/FakeStatusNotifierWatcher.h
+    ${CMAKE_SOURCE_DIR}/src/platform/tray/TrayIconFallback.cpp
+    ${CMAKE_SOURCE_DIR}/resources/icons/menu/menu.qrc)
+target_link_libraries(tst_tray PRIVATE narv_tray Qt6::Widgets)
+
 # xdg-email (a stand-in on PATH), the Email portal (a stand-in on the bus) and
 # mailto: links.
 narv_add_bus_test(tst_mail statusbar/tst_mail.cpp)
