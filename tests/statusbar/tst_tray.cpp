@@ -1,6 +1,5 @@
-// What panels rely on beyond the item's properties (e2e/bus_proxy.sh has those),
-// read from a connection of the test's own on a private bus, generically
-// (plain()); and the classic tray icon's menu.
+// What panels rely on beyond the item's properties (e2e/bus_proxy.sh), read by a
+// connection of the test's own on a private bus; and the classic tray icon's menu.
 
 #include "DBusPlain.h"
 #include "FakeStatusNotifierWatcher.h"
@@ -34,7 +33,7 @@ class TestTray : public QObject {
     Q_OBJECT
 public Q_SLOTS:
     // Signals a panel listens to, as they arrive.
-    void onMessage(const QDBusMessage &message) { m_received.append(message); }
+    void onMessage(const QDBusMessage &message) { m_received.insert(message.member(), message); }
 private Q_SLOTS:
     void initTestCase();
     void layoutRevisionFollowsTheWaterItem();
@@ -54,20 +53,13 @@ private:
         return pending.reply();
     }
     // The root's children; a round trip, so the signals sent before it are in.
-    QVariantList rows(uint *revision = nullptr)
+    QVariantList rows()
     {
         const QDBusMessage reply = call(menu, "GetLayout", {0, -1, QStringList()});
-        if (revision)
-            *revision = reply.arguments().value(0).toUInt();
+        m_revision = reply.arguments().value(0).toUInt();
         return plain(reply.arguments().value(1)).toList().value(2).toList();
     }
-    QList<QDBusMessage> received(const char *member) const
-    {
-        QList<QDBusMessage> result;
-        std::copy_if(m_received.begin(), m_received.end(), std::back_inserter(result),
-                     [&](const QDBusMessage &m) { return m.member() == QLatin1String(member); });
-        return result;
-    }
+    auto received(const char *name) const { return m_received.values(QLatin1String(name)); }
     int pauseId() const { return StatusBarController::itemWithTag(Tag::pause)->id; }
 
     TestSupport::ScratchHome m_home;
@@ -78,7 +70,8 @@ private:
     FakeStatusNotifierWatcher m_watcher{m_panel};
     const QString m_service =
         QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
-    QList<QDBusMessage> m_received;
+    QMultiHash<QString, QDBusMessage> m_received; // by member
+    uint m_revision = 0;                          // the layout's, as GetLayout last said
 };
 
 void TestTray::initTestCase()
@@ -101,22 +94,20 @@ void TestTray::initTestCase()
 
 void TestTray::layoutRevisionFollowsTheWaterItem()
 {
-    uint before = 0;
-    uint revision = 0;
-    const qsizetype withoutWater = rows(&before).size();
+    const qsizetype withoutWater = rows().size();
+    const uint before = m_revision;
     m_received.clear();
     // Inserted twice, there once: one new revision, and panels told once.
     StatusBarController::insetWaterItem();
     StatusBarController::insetWaterItem();
-    QCOMPARE(rows(&revision).size(), withoutWater + 1);
-    QCOMPARE(revision, before + 1);
-    QTRY_COMPARE(received("LayoutUpdated").size(), 1);
-    QCOMPARE(received("LayoutUpdated").first().arguments(), (QVariantList{before + 1, 0}));
+    QCOMPARE(rows().size(), withoutWater + 1);
+    QCOMPARE(m_revision, before + 1);
+    QCOMPARE(received("LayoutUpdated").value(0).arguments(), (QVariantList{before + 1, 0}));
     StatusBarController::removeWaterItem();
     StatusBarController::removeWaterItem();
-    QCOMPARE(rows(&revision).size(), withoutWater);
-    QCOMPARE(revision, before + 2);
-    QTRY_COMPARE(received("LayoutUpdated").size(), 2);
+    QCOMPARE(rows().size(), withoutWater);
+    QCOMPARE(m_revision, before + 2);
+    QCOMPARE(received("LayoutUpdated").size(), 2);
 }
 
 void TestTray::clicks()
@@ -128,12 +119,11 @@ void TestTray::clicks()
              QDBusMessage::ReplyMessage);
     QCOMPARE(call(item, "ContextMenu", {10, 10}).type(), QDBusMessage::ReplyMessage);
 
-    // The start/stop row, clicked in the menu.
     m_received.clear();
     call(menu, "Event",
          {pauseId(), QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0u});
     QTRY_VERIFY(AppState::manualPause());
-    // The row's new label comes alone, without the whole layout.
+    // The start/stop row's new label comes alone, without the whole layout.
     rows();
     QVERIFY(received("LayoutUpdated").isEmpty());
     const QList<QDBusMessage> updates = received("ItemsPropertiesUpdated");
