@@ -1,11 +1,10 @@
 #pragma once
 
 // The status item as what it was told last: its title and tooltip, the pause
-// item, and how often its menu and tooltip changed.
+// item, and how often its tooltip changed.
 
 #include "statusbar/StatusBarController.h"
 
-#include <QList>
 #include <QString>
 
 #include <memory>
@@ -34,14 +33,12 @@ public:
         pauseImage = image;
         pauseTitle = text;
     }
-    void menuLayoutChanged() override { ++layoutChanges; }
-    void menuItemChanged(int id) override { changedItems.append(id); }
+    void menuLayoutChanged() override {}
+    void menuItemChanged(int) override {}
 
     QString title;
     QString toolTip;
     int toolTipChanges = 0;
     QString pauseImage;
     QString pauseTitle;
-    int layoutChanges = 0;
-    QList<int> changedItems;
 };

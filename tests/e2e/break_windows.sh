@@ -8,8 +8,6 @@
 # windows go, and are kept for the next one without their backing stores.
 #
 #   tests/e2e/break_windows.sh path/to/narv
-#   NARV_SCREENSHOT=out.png tests/e2e/break_windows.sh path/to/narv   also keeps
-#                                                  a screenshot of the first break
 set -euo pipefail
 narv=$(realpath "$1")
 here=$(cd "$(dirname "$0")" && pwd)
@@ -72,9 +70,6 @@ views=$(views_pid)
 [[ -n $views ]] || fail "no window process draws the break"
 ! pid=$views mapped libQt6QuickTemplates2 || fail "Qt Quick Controls are loaded for a break"
 ok "Skip on both monitors, without Qt Quick Controls"
-if [[ -n ${NARV_SCREENSHOT:-} ]]; then
-    python3 "$here/xshot.py" png "$home/shot.xwd" "$NARV_SCREENSHOT"
-fi
 
 # --- Skip, clicked on the right monitor
 read -r _ x y _ _ < <(blue_on right | grep capsule)

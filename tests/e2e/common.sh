@@ -86,13 +86,11 @@ mapped() { grep -q -- "$1" "/proc/$pid/maps"; }
 start_watcher() {
     "${fakewatcher:-$(dirname "$narv")/narv_fakewatcher}" >>"$home/watcher.out" &
     watcher=$!
-    for _ in $(seq 1 200); do
-        dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
-            string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true" && return 0
-        sleep 0.1
-    done
-    echo "FAIL: the watcher did not come up"
-    exit 1
+    wait_for 20 watcher_up || fail "the watcher did not come up"
+}
+watcher_up() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+        string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true"
 }
 # The window process narv started, if there is one now.
 views_pid() { pgrep -P "$pid" -f -- "--views" | head -1; }
@@ -133,6 +131,12 @@ menu_call() {
     local method=$1
     shift
     dbus-send --session --print-reply --dest="$item" /MenuBar "com.canonical.dbusmenu.$method" "$@" 2>/dev/null
+}
+# The menu's labels, one a line, in order. Read whole by awk: a reader that
+# stops at its first match (grep -q) cuts dbus-send off in the middle of the
+# long reply, and under pipefail that reads as a failed call.
+menu_labels() {
+    menu_call GetLayout int32:0 int32:-1 array:string: | awk '/string "label"/ { getline; split($0, f, "\""); print f[2] }'
 }
 # The id of the first menu item whose property $1 matches $2.
 menu_find() {

@@ -23,17 +23,11 @@ run_narv() {
     local counting
     counting=$(pgrep -o -g "$pid" -x narv || true)
     [[ -z $counting ]] || pid= wait_for 10 settled "$counting" || true
-    if pgrep -g "$pid" -f "$narv" >/dev/null; then
-        alive=1
-    else
-        alive=0
-    fi
+    alive=0
+    ! pgrep -g "$pid" -f "$narv" >/dev/null || alive=1
     kill -TERM -- "-$pid" 2>/dev/null || true
     wait "$pid" || true
-    for _ in $(seq 1 50); do
-        pgrep -g "$pid" >/dev/null || break
-        sleep 0.1
-    done
+    pid= wait_for 5 bash -c "! pgrep -g $pid >/dev/null" || true
     kill -KILL -- "-$pid" 2>/dev/null || true
 }
 
@@ -75,15 +69,10 @@ check "no session bus" "no session bus: one instance is kept by a lock file" \
 rm -rf "$home"
 
 narv_scratch_home
-run_narv 20 "sandbox home path" -u DISPLAY -u WAYLAND_DISPLAY "${common[@]}" \
-    dbus-run-session --
-check "no tray host" "no StatusNotifierWatcher and no system tray"
-rm -rf "$home"
-
-narv_scratch_home
 rm -rf "$home/config" && touch "$home/config" # a file where the folder should be
 run_narv 20 "sandbox home path" -u DISPLAY -u WAYLAND_DISPLAY "${common[@]}" dbus-run-session --
-check "settings folder not writable" "settings: cannot write"
+check "no tray host, settings folder not writable" "no StatusNotifierWatcher and no system tray" \
+    "settings: cannot write"
 rm -rf "$home"
 
 if command -v weston >/dev/null; then
@@ -97,7 +86,7 @@ CONF
     weston --backend=headless-backend.so --socket=wayland-narv --idle-time=0 \
         >"$home/weston.log" 2>&1 &
     weston=$!
-    for _ in $(seq 1 50); do [[ -S $XDG_RUNTIME_DIR/wayland-narv ]] && break; sleep 0.1; done
+    wait_for 5 test -S "$XDG_RUNTIME_DIR/wayland-narv" || true
     # weston's headless backend has no seat, and Qt 6.4's Wayland input context
     # then crashes laying out text; a desktop session always has one. The
     # compose input method keeps that out of the way.

@@ -4,6 +4,11 @@
 # alone switches "Launch at login" on, which writes the setting and the
 # autostart entry at once; Ctrl+W closes the window, the process that drew
 # it ends, and the next start shows it again where it was left.
+# Meanwhile midnight passes: Narv runs in a time zone whose date moves on a
+# day (a day-long jump to summer time) 15 seconds after the start. Every
+# record, the later starts' and the window process's included, goes into the
+# file of the day Narv started; a day's file from before was cleaned up at
+# the start, and no file of the new day appears.
 #
 #   tests/e2e/preferences_window.sh path/to/narv
 set -euo pipefail
@@ -12,18 +17,39 @@ here=$(cd "$(dirname "$0")" && pwd)
 source "$here/common.sh"
 narv_on_xvfb_and_bus "$0" "$@"
 
+# Standard time 12 hours behind UTC, summer time 12 hours ahead: the switch,
+# `seconds` from now, moves the clock on by a whole day.
+day_jump_in() {
+    local jump=$(($(date +%s) + $1))
+    local at=$((jump - 43200)) # the switch is given in standard time
+    local day=$((10#$(date -u -d "@$at" +%j) - 1)) time
+    time=$(date -u -d "@$at" +%H:%M:%S)
+    echo "NRA12NRB-12,$day/$time,$(((day + 2) % 365))/$time"
+}
+
 narv_scratch_home
 start_watcher
+logs=$home/cache/narv/Logs
+mkdir -p "$logs"
+echo "old" >"$logs/app.narv.Narv.20200101.log"
+TZ=$(day_jump_in 15)
+export TZ
+start_day=$(date +%Y%m%d)
 narv_start <<'CONF'
 [General]
 auto_check_update=false
 CONF
-fail_context() { echo "--- stdout"; cat "$home/stdout"; }
+fail_context() { echo "--- files"; ls -l "$logs"; echo "--- stdout"; cat "$home/stdout"; }
+file=$logs/app.narv.Narv.$start_day.log
+in_file() { grep -qs -- "$1" "$file"; }
 settings_windows() { windows_named Settings --onlyvisible; }
 one_window() { [[ $(settings_windows | wc -l) -eq 1 ]]; }
 no_window() { [[ -z $(settings_windows) ]]; }
 
 wait_for 10 logged "sandbox home path" || fail "narv did not start"
+[[ $(date +%Y%m%d) == "$start_day" ]] || fail "narv took longer to start than the day lasted"
+[[ ! -e $logs/app.narv.Narv.20200101.log ]] || fail "the old file was not cleaned up at the start"
+in_file "hello Narv" || fail "no $file"
 no_window || fail "a settings window before anyone asked for one"
 
 timeout 10 "$narv" >/dev/null 2>&1 || fail "the second start failed"
@@ -55,6 +81,7 @@ wait_for 5 no_window || fail "Ctrl+W did not close the window"
 wait_for 10 logged " : no window left: the window process ends$" || fail "the window process stayed"
 ok "Ctrl+W closes the window, and the process that drew it ends"
 
+wait_for 30 bash -c "[[ \$(date +%Y%m%d) != $start_day ]]" || fail "the date did not move on"
 timeout 10 "$narv" >/dev/null 2>&1 || fail "the third start failed"
 wait_for 10 one_window || fail "the window did not come back"
 grep -q "launch_at_login=true" "$home/config/narv/narv.conf" || fail "the setting did not stay"
@@ -63,4 +90,9 @@ placed || fail "the window came back at $(xdotool getwindowgeometry "$window" | 
 ok "the next start shows the window again, where and as large as it was left"
 
 narv_stop
+in_file " : Narv is already running; asked it to show its settings$" || fail "the later starts' records are not in $file"
+[[ $(grep -c " : show preferences$" "$file") -eq 2 ]] || fail "the window process's records are not in $file"
+in_file " : quit on signal$" || fail "the counting process's last record is not in $file"
+[[ $(ls "$logs") == "app.narv.Narv.$start_day.log" ]] || fail "files in the logs folder: $(ls "$logs")"
+ok "across midnight, every process writes to the file of the day Narv started"
 echo "preferences window: $passed passed, 0 failed"

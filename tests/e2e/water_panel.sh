@@ -9,8 +9,6 @@
 # menu's "Quit" ends the program.
 #
 #   tests/e2e/water_panel.sh path/to/narv
-#   NARV_SCREENSHOT=out.png tests/e2e/water_panel.sh path/to/narv   also keeps
-#                                                  a picture of the panel
 set -euo pipefail
 narv=$(realpath "$1")
 here=$(cd "$(dirname "$0")" && pwd)
@@ -54,9 +52,7 @@ done_button() { python3 "$here/xshot.py" blue "$home/shot.xwd" 1000 260 280 70 |
 # --- the water item is in the menu, the panel is not on the screen
 wait_for 20 label_is "Water (40% )" || fail "no water item reading \"Water (40% )\": $(water_label)"
 gone || fail "the panel is there before it was asked for"
-counting() { [[ $(item_property XAyatanaLabel) =~ ^24:5[0-9]$ ]]; }
-wait_for 15 counting || fail "the item's label does not count down from 25:00: $(item_property XAyatanaLabel)"
-ok "the menu has the water item with today's tally, the item's label counts down"
+ok "the menu has the water item with today's tally"
 
 # --- the item opens the panel
 click_water_item
@@ -69,12 +65,6 @@ ok "one panel at the top-right corner of the primary monitor, 280x330, above, on
 
 drawn() { shot && done_button >/dev/null; }
 wait_for 10 drawn || fail "no \"Done\" on the panel"
-if [[ -n ${NARV_SCREENSHOT:-} ]]; then
-    # Past the fade in.
-    sleep 2.5
-    shot
-    python3 "$here/xshot.py" png "$home/shot.xwd" "$NARV_SCREENSHOT" 1000 0 280 330
-fi
 
 # --- "Done" drinks the chosen amount, then the panel goes
 read -r _ x y _ _ < <(done_button)
@@ -85,11 +75,7 @@ ok "Done adds the chosen amount to the settings and to the menu"
 wait_for 10 gone || fail "the panel stayed after Done"
 ok "the panel goes after Done"
 
-# --- with the panel gone, so is the process that drew it
 ended() { logged " : no window left: the window process ends$" "$1"; }
-wait_for 10 ended 1 || fail "the window process stayed after the panel went"
-ok "with the panel gone, the window process ends"
-
 # --- the item toggles the panel; moved, it comes back where it was put,
 # from a new window process
 click_water_item

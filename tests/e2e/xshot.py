@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
 """Reads X screenshots (xwd -root) with the standard library only.
 
-  xshot.py png SHOT.xwd OUT.png            the screenshot as a PNG
   xshot.py blue SHOT.xwd X Y W H           the blue things in a rectangle, one
                                            line each: "capsule|text CX CY W H"
 
@@ -12,7 +11,6 @@ are found by colour, so the tests can click them where a user would.
 import re
 import struct
 import sys
-import zlib
 
 ACCENT = (0x0A, 0x7A, 0xFF)
 
@@ -31,34 +29,6 @@ class Shot:
         self.little = byte_order == 0
         self.masks = (red_mask, green_mask, blue_mask)
         self.pixels = data[header_size + 12 * ncolors:]
-
-    def rgb(self, x, y):
-        offset = y * self.bytes_per_line + self.step * x
-        value = int.from_bytes(self.pixels[offset:offset + self.step],
-                               "little" if self.little else "big")
-        out = []
-        for mask in self.masks:
-            shift = (mask & -mask).bit_length() - 1
-            out.append((value & mask) >> shift)
-        return tuple(out)
-
-    def png(self, path, box=None):
-        x0, y0, w, h = box or (0, 0, self.width, self.height)
-        rows = bytearray()
-        for y in range(y0, y0 + h):
-            rows.append(0)
-            for x in range(x0, x0 + w):
-                rows.extend(self.rgb(x, y))
-
-        def chunk(kind, body):
-            return (struct.pack(">I", len(body)) + kind + body
-                    + struct.pack(">I", zlib.crc32(kind + body) & 0xFFFFFFFF))
-
-        with open(path, "wb") as out:
-            out.write(b"\x89PNG\r\n\x1a\n")
-            out.write(chunk(b"IHDR", struct.pack(">IIBBBBB", w, h, 8, 2, 0, 0, 0)))
-            out.write(chunk(b"IDAT", zlib.compress(bytes(rows), 9)))
-            out.write(chunk(b"IEND", b""))
 
 
 def accent_rows(shot, x0, y0, w, h, tolerance=40):
@@ -134,10 +104,6 @@ def merge(a, b):
 
 
 def main(argv):
-    if len(argv) >= 3 and argv[0] == "png":
-        box = tuple(int(v) for v in argv[3:7]) if len(argv) >= 7 else None
-        Shot(argv[1]).png(argv[2], box)
-        return 0
     if len(argv) == 6 and argv[0] == "blue":
         shot = Shot(argv[1])
         x0, y0, w, h = (int(v) for v in argv[2:6])

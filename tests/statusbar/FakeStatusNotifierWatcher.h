@@ -2,8 +2,7 @@
 
 // A StatusNotifierWatcher as small as a panel's: it takes registrations and
 // remembers who made them, so a test can see the item register (and register
-// again when a watcher comes back). Like GNOME's now and then, it can answer
-// a registration and drop it all the same.
+// again when a watcher comes back).
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -43,12 +42,6 @@ public:
         m_listed.clear();
     }
 
-    // "service/path" of each registration, in order, repeats included.
-    QStringList registrations() const { return m_registrations; }
-    // The next n registrations are answered and neither listed nor signalled.
-    void dropRegistrations(int n) { m_drop = n; }
-    // List and announce items as GNOME's AppIndicator extension does: "<bus name>@<path>".
-    void listLikeGnome() { m_gnome = true; }
     // The unique bus name of whoever made the last registration.
     QString lastSender() const { return m_lastSender; }
 
@@ -64,14 +57,9 @@ public Q_SLOTS:
         const QString item = serviceOrPath.startsWith(u'/')
                                  ? m_lastSender + serviceOrPath
                                  : serviceOrPath + QStringLiteral("/StatusNotifierItem");
-        m_registrations.append(item);
-        if (m_drop > 0 && m_drop--)
-            return;
-        const QString listed =
-            m_gnome ? QString(item).replace(item.indexOf(u'/'), 1, QStringLiteral("@/")) : item;
-        if (!m_listed.contains(listed))
-            m_listed.append(listed);
-        Q_EMIT StatusNotifierItemRegistered(listed);
+        if (!m_listed.contains(item))
+            m_listed.append(item);
+        Q_EMIT StatusNotifierItemRegistered(item);
     }
     Q_SCRIPTABLE void RegisterStatusNotifierHost(const QString &) {}
 
@@ -83,9 +71,6 @@ Q_SIGNALS:
 private:
     QDBusConnection m_connection;
     bool m_running = false;
-    QStringList m_registrations;
     QStringList m_listed;
-    int m_drop = 0;
-    bool m_gnome = false;
     QString m_lastSender;
 };

@@ -1,7 +1,6 @@
 // A StatusNotifierWatcher for the end-to-end scripts: holds the watcher's
 // name on the session bus until it is stopped, and prints each registration
-// on a line of its own ("registered <service>/<path>"). With
-// --drop-first, it drops the first registration, as GNOME's does now and then.
+// on a line of its own ("registered <service>/<path>").
 
 #include "FakeStatusNotifierWatcher.h"
 
@@ -13,8 +12,6 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     FakeStatusNotifierWatcher watcher(QDBusConnection::sessionBus());
-    if (app.arguments().contains(QStringLiteral("--drop-first")))
-        watcher.dropRegistrations(1);
     if (!watcher.start()) {
         std::fprintf(stderr, "cannot take org.kde.StatusNotifierWatcher on the session bus\n");
         return 1;

@@ -94,10 +94,7 @@ void TestIconTheme::themeName_data()
     QTest::newRow("GTK, nothing set")
         << QByteArray("GNOME") << "config/gtk-3.0/settings.ini"
         << QByteArray("[Settings]\ngtk-font-name=Sans 10\n") << "Adwaita";
-    QTest::newRow("no desktop") << QByteArray() << QString() << QByteArray() << "Adwaita";
     QTest::newRow("KDE") << QByteArray("KDE") << "config/kdeglobals" << kde << "Oxygen";
-    QTest::newRow("KDE system-wide") << QByteArray("KDE") << "etc/kdeglobals" << kde << "Oxygen";
-    QTest::newRow("KDE, nothing set") << QByteArray("KDE") << QString() << QByteArray() << "breeze";
     // Plasma does not read GTK's settings.
     QTest::newRow("KDE beside GTK")
         << QByteArray("KDE") << "config/gtk-3.0/settings.ini" << gtk << "breeze";

