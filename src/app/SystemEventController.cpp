@@ -4,6 +4,7 @@
 #include "app/CycleEvents.h"
 #include "app/DelayedTask.h"
 #include "app/Log.h"
+#include "app/PauseFor.h"
 #include "settings/PrefState.h"
 #include "settings/PromptState.h"
 
@@ -151,6 +152,9 @@ void SystemEventActions::didLockScreenShow()
 void SystemEventActions::didLockScreenDismiss()
 {
     LOG_INFO(QStringLiteral("screen unlocked"));
+    // A pause for a while runs on the monotonic clock, which stands still in
+    // suspend; most desktops lock before it, so the wall clock is asked here.
+    PauseFor::checkEnd();
     PrefState *pref = AppState::prefState();
     PromptState *prompt = AppState::promptState();
 

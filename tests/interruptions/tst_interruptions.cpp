@@ -10,6 +10,7 @@
 #include "app/CycleEvents.h"
 #include "app/Log.h"
 #include "app/PauseFor.h"
+#include "app/SystemEventController.h"
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
 #include "app/TicktackState.h"
@@ -164,6 +165,17 @@ private Q_SLOTS:
         QVERIFY(!AppState::manualPause());
         QCOMPARE(left(AppState::workState()), 60);
         QVERIFY(!PauseFor::until().isValid());
+
+        // Until tomorrow, over a night in suspend: the timer stood still, the
+        // unlock in the morning ends the pause.
+        StatusBarController::activate(menuId(QStringLiteral("Pause until tomorrow")));
+        QCOMPARE(PauseFor::until(), QDateTime(QDate(2026, 3, 3), QTime(0, 0)));
+        m_now = m_now.addDays(1);
+        AppState::prefState()->setShowNewDayTip(false); // no greeting in the way
+        SystemEventActions::didLockScreenDismiss();
+        AppState::prefState()->setShowNewDayTip(true);
+        m_now = m_now.addDays(-1); // back to the day whose log the cases read
+        QVERIFY(!PauseFor::until().isValid() && !AppState::manualPause());
 
         // Until tomorrow, ended by hand.
         StatusBarController::activate(menuId(QStringLiteral("Pause until tomorrow")));
