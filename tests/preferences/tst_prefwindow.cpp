@@ -163,7 +163,7 @@ private Q_SLOTS:
         QStringList faults;
         int symbols = 0;
         int boxes = 0;
-        for (int tab = 0; tab < 6; ++tab) {
+        for (int tab = 0; tab < 7; ++tab) {
             window->rootObject()->setProperty("currentIndex", tab);
             const QImage image = window->grabWindow().convertToFormat(QImage::Format_RGB32);
             const auto check = [&](const QString &what, const QRect &area, QRgb background) {
@@ -205,10 +205,10 @@ private Q_SLOTS:
             }
             QCOMPARE(marks, 1);
         }
-        // Six tab symbols, four steppers of two, the list's buttons; nine
-        // check boxes, and History's one.
-        QVERIFY2(symbols >= 6 + 8 + 2, qPrintable(QString::number(symbols)));
-        QCOMPARE(boxes, 10);
+        // Seven tab symbols, four steppers of two, the list's buttons; nine
+        // check boxes, History's one and Interruptions' three.
+        QVERIFY2(symbols >= 7 + 8 + 2, qPrintable(QString::number(symbols)));
+        QCOMPARE(boxes, 13);
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
     }
 
