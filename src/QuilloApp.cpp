@@ -13,7 +13,7 @@
 #include "platform/instance/SingleInstance.h"
 #include "platform/login/LoginItemBackend.h"
 #include "platform/mail/MailComposers.h"
-#include "platform/notify/FreedesktopNotifier.h"
+#include "platform/notify/SessionNotifier.h"
 #include "platform/sound/BreakSounds.h"
 #include "platform/tray/ClassicTray.h"
 #include "platform/tray/TrayBackend.h"
@@ -148,7 +148,7 @@ int QuilloApp::main(int argc, char **argv)
     loadTranslations();
     TrayBackend::install();
     MailComposers::install();
-    HeadsUp::install(std::make_unique<FreedesktopNotifier>());
+    HeadsUp::install(std::make_unique<SessionNotifier>());
     BreakSounds::install();
     BusySources::install();
     UpdateCheck::install(viewsProcess);

@@ -4,10 +4,7 @@
 
 class NotificationsProxy;
 
-// The session's notification server (org.freedesktop.Notifications). Inside
-// Flatpak it needs the sandbox to let that name through: the Notification
-// portal is not used. Nothing is asked of the bus before the first
-// notification: with the heads-up off this costs nothing.
+// The session's notification server (org.freedesktop.Notifications).
 class FreedesktopNotifier : public Notifier {
     Q_OBJECT
 public:
