@@ -15,21 +15,15 @@ inline QVariant plain(const QVariant &value);
 inline QVariant plain(const QDBusArgument &argument)
 {
     switch (argument.currentType()) {
-    case QDBusArgument::StructureType: {
-        QVariantList fields;
-        argument.beginStructure();
-        while (!argument.atEnd())
-            fields.append(plain(argument.asVariant()));
-        argument.endStructure();
-        return fields;
-    }
+    case QDBusArgument::StructureType:
     case QDBusArgument::ArrayType: {
-        QVariantList elements;
-        argument.beginArray();
+        const bool structure = argument.currentType() == QDBusArgument::StructureType;
+        QVariantList items;
+        structure ? argument.beginStructure() : argument.beginArray();
         while (!argument.atEnd())
-            elements.append(plain(argument.asVariant()));
-        argument.endArray();
-        return elements;
+            items.append(plain(argument.asVariant()));
+        structure ? argument.endStructure() : argument.endArray();
+        return items;
     }
     case QDBusArgument::MapType: {
         QVariantMap map;

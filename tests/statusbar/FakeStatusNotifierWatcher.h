@@ -5,7 +5,6 @@
 // again when a watcher comes back).
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QObject>
@@ -21,25 +20,12 @@ public:
     explicit FakeStatusNotifierWatcher(const QDBusConnection &connection) : m_connection(connection)
     {
     }
-    ~FakeStatusNotifierWatcher() override { stop(); }
-
     bool start()
     {
-        m_running = m_connection.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
-                                                QDBusConnection::ExportScriptableContents |
-                                                    QDBusConnection::ExportAllProperties) &&
-                    m_connection.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
-        return m_running;
-    }
-
-    void stop()
-    {
-        if (!m_running)
-            return;
-        m_connection.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
-        m_connection.unregisterObject(QStringLiteral("/StatusNotifierWatcher"));
-        m_running = false;
-        m_listed.clear();
+        return m_connection.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
+                                           QDBusConnection::ExportScriptableContents |
+                                               QDBusConnection::ExportAllProperties) &&
+               m_connection.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
     }
 
     // The unique bus name of whoever made the last registration.
@@ -70,7 +56,6 @@ Q_SIGNALS:
 
 private:
     QDBusConnection m_connection;
-    bool m_running = false;
     QStringList m_listed;
     QString m_lastSender;
 };
