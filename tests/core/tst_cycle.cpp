@@ -227,9 +227,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("mode");
         QTest::addColumn<QByteArray>("message");
         QTest::newRow("no short breaks") << "short-breaks-zero" << QByteArray("Division by zero");
-        const QByteArray overflow = "Arithmetic overflow";
-        QTest::newRow("long break") << "long-break-overflow" << overflow;
-        QTest::newRow("work time") << "work-time-overflow" << overflow;
+        QTest::newRow("long break") << "long-break-overflow" << QByteArray("Arithmetic overflow");
+        QTest::newRow("work time") << "work-time-overflow" << QByteArray("Arithmetic overflow");
     }
 
     void fatalStopsReachTheLog()
