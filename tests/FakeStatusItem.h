@@ -1,7 +1,7 @@
 #pragma once
 
-// The status item as what it was told last: its title and tooltip, the pause
-// item, and how often its tooltip changed.
+// The status item as what it was told last: its title and tooltip, and how
+// often its tooltip changed.
 
 #include "statusbar/StatusBarController.h"
 
@@ -28,17 +28,11 @@ public:
         toolTip = text;
         ++toolTipChanges;
     }
-    void setPauseItem(const QString &image, const QString &text) override
-    {
-        pauseImage = image;
-        pauseTitle = text;
-    }
+    void setPauseItem(const QString &, const QString &) override {}
     void menuLayoutChanged() override {}
     void menuItemChanged(int) override {}
 
     QString title;
     QString toolTip;
     int toolTipChanges = 0;
-    QString pauseImage;
-    QString pauseTitle;
 };

@@ -14,10 +14,7 @@
 
 class LogTail {
 public:
-    static QByteArray text(const QString &path = Logger::logfilePath())
-    {
-        return TestSupport::readFile(path);
-    }
+    static QByteArray text() { return TestSupport::readFile(Logger::logfilePath()); }
 
     static int count(const QByteArray &text) { return int(LogTail::text().count(text)); }
 
@@ -49,7 +46,7 @@ public:
         QTemporaryDir childHome;
         const auto child = TestSupport::runChild(mode, childHome.path(), args);
         return {child.status == QProcess::CrashExit,
-                text(Logger::logfilePath().replace(home, childHome.path()))};
+                TestSupport::readFile(Logger::logfilePath().replace(home, childHome.path()))};
     }
 
 private:

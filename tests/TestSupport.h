@@ -10,7 +10,6 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QtGlobal>
 
 #include <functional>
 #include <map>
@@ -25,12 +24,9 @@ class ScratchHome {
 public:
     ScratchHome()
     {
-        if (qEnvironmentVariableIsSet("NARV_TEST_HOME")) {
-            m_path = qEnvironmentVariable("NARV_TEST_HOME");
-        } else {
+        if (!qEnvironmentVariableIsSet("NARV_TEST_HOME"))
             m_dir.emplace();
-            m_path = m_dir->path();
-        }
+        m_path = m_dir ? m_dir->path() : qEnvironmentVariable("NARV_TEST_HOME");
         QDir().mkpath(m_path + QStringLiteral("/config"));
         QDir().mkpath(m_path + QStringLiteral("/cache"));
         qputenv("HOME", m_path.toUtf8());
@@ -38,8 +34,6 @@ public:
         qputenv("XDG_CACHE_HOME", (m_path + QStringLiteral("/cache")).toUtf8());
     }
     QString path() const { return m_path; }
-    QString settingsFile() const { return m_path + QStringLiteral("/config/narv/narv.conf"); }
-    QString logsFolder() const { return m_path + QStringLiteral("/cache/narv/Logs"); }
 
 private:
     std::optional<QTemporaryDir> m_dir;
@@ -67,13 +61,10 @@ using ChildModes = std::map<std::string, std::function<int()>>;
 
 inline int runChildMode(int argc, char **argv, const ChildModes &modes)
 {
-    if (argc >= 3 && std::string(argv[1]) == "--child") {
-        const auto it = modes.find(argv[2]);
-        if (it == modes.end())
-            return 99;
-        return it->second();
-    }
-    return -1;
+    if (argc < 3 || std::string(argv[1]) != "--child")
+        return -1;
+    const auto it = modes.find(argv[2]);
+    return it == modes.end() ? 99 : it->second();
 }
 
 struct ChildResult {
