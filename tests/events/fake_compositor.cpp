@@ -1,74 +1,47 @@
-// A Wayland compositor with only what the idle source needs: a seat and
-// ext_idle_notifier_v1 (with --kde-idle the older org_kde_kwin_idle instead,
-// with --without-idle-notify the seat alone). It shows nothing and has no
-// input; the test says when the user goes idle or comes back, one command a
-// line on standard input:
-//   idled, resumed   sent to every idle notification (or timeout)
-//   quit             ends the compositor (so does the end of input)
-// On standard output it says "ready SOCKET" once clients can connect, and
-// "notification TIMEOUT" for every idle notification a client asks for.
+// A Wayland compositor with only a seat and ext_idle_notifier_v1 (with
+// --kde-idle the older org_kde_kwin_idle instead). Its only input is SIGUSR1,
+// the user touching the mouse. Like a real one, it says "idled" once an idle
+// notification's timeout passes without input and "resumed" at the next input.
+// On standard output it says "ready SOCKET" once clients can connect.
 
 #include <wayland-server.h>
 
 #include "ext-idle-notify-v1-server-protocol.h"
 #include "kde-idle-server-protocol.h"
 
-#include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <string>
-#include <unistd.h>
-#include <vector>
 
 namespace {
 
-wl_display *g_display = nullptr;
-std::vector<wl_resource *> g_notifications; // and org_kde_kwin_idle_timeouts
-std::string g_input;
+bool g_kde = false;
+wl_resource *g_notification = nullptr; // or org_kde_kwin_idle_timeout; the test asks for one
+wl_event_source *g_idleTimer = nullptr;
+int g_timeout = 0; // ms
 
-void unused(wl_client *, wl_resource *, uint32_t)
-{
-}
 void destroy(wl_client *, wl_resource *resource)
 {
     wl_resource_destroy(resource);
 }
 
-const struct wl_seat_interface seatImplementation = {unused, unused, unused, destroy};
-
-void bindSeat(wl_client *client, void *, uint32_t version, uint32_t id)
+void created(wl_client *client, const wl_interface *interface, wl_resource *parent, uint32_t id,
+             const void *implementation, uint32_t timeout)
 {
-    wl_resource *resource = wl_resource_create(client, &wl_seat_interface, int(version), id);
-    wl_resource_set_implementation(resource, &seatImplementation, nullptr, nullptr);
+    g_notification = wl_resource_create(client, interface, wl_resource_get_version(parent), id);
+    wl_resource_set_implementation(g_notification, implementation, nullptr,
+                                   [](wl_resource *) { g_notification = nullptr; });
+    g_timeout = int(timeout);
+    wl_event_source_timer_update(g_idleTimer, g_timeout);
 }
 
 const struct ext_idle_notification_v1_interface notificationImplementation = {destroy};
 
-void notificationGone(wl_resource *resource)
-{
-    g_notifications.erase(std::remove(g_notifications.begin(), g_notifications.end(), resource),
-                          g_notifications.end());
-}
-
 void getIdleNotification(wl_client *client, wl_resource *notifier, uint32_t id, uint32_t timeout,
                          wl_resource *)
 {
-    wl_resource *resource = wl_resource_create(client, &ext_idle_notification_v1_interface,
-                                               wl_resource_get_version(notifier), id);
-    wl_resource_set_implementation(resource, &notificationImplementation, nullptr,
-                                   notificationGone);
-    g_notifications.push_back(resource);
-    std::printf("notification %u\n", timeout);
-    std::fflush(stdout);
-}
-
-const struct ext_idle_notifier_v1_interface notifierImplementation = {destroy, getIdleNotification};
-
-void bindNotifier(wl_client *client, void *, uint32_t version, uint32_t id)
-{
-    wl_resource *resource =
-        wl_resource_create(client, &ext_idle_notifier_v1_interface, int(version), id);
-    wl_resource_set_implementation(resource, &notifierImplementation, nullptr, nullptr);
+    created(client, &ext_idle_notification_v1_interface, notifier, id, &notificationImplementation,
+            timeout);
 }
 
 const struct org_kde_kwin_idle_timeout_interface kdeTimeoutImplementation = {
@@ -77,58 +50,43 @@ const struct org_kde_kwin_idle_timeout_interface kdeTimeoutImplementation = {
 void getIdleTimeout(wl_client *client, wl_resource *idle, uint32_t id, wl_resource *,
                     uint32_t timeout)
 {
-    wl_resource *resource = wl_resource_create(client, &org_kde_kwin_idle_timeout_interface,
-                                               wl_resource_get_version(idle), id);
-    wl_resource_set_implementation(resource, &kdeTimeoutImplementation, nullptr, notificationGone);
-    g_notifications.push_back(resource);
-    std::printf("notification %u\n", timeout);
-    std::fflush(stdout);
+    created(client, &org_kde_kwin_idle_timeout_interface, idle, id, &kdeTimeoutImplementation,
+            timeout);
 }
 
+const struct ext_idle_notifier_v1_interface notifierImplementation = {destroy, getIdleNotification};
 const struct org_kde_kwin_idle_interface kdeIdleImplementation = {getIdleTimeout};
 
-void bindKdeIdle(wl_client *client, void *, uint32_t version, uint32_t id)
+// A global's interface and requests (none for the seat: the source only names it).
+struct Global {
+    const wl_interface *interface;
+    const void *implementation;
+};
+Global g_seat{&wl_seat_interface, nullptr};
+Global g_notifier{&ext_idle_notifier_v1_interface, &notifierImplementation};
+Global g_kdeIdle{&org_kde_kwin_idle_interface, &kdeIdleImplementation};
+
+void bind(wl_client *client, void *data, uint32_t version, uint32_t id)
 {
-    wl_resource *resource =
-        wl_resource_create(client, &org_kde_kwin_idle_interface, int(version), id);
-    wl_resource_set_implementation(resource, &kdeIdleImplementation, nullptr, nullptr);
+    const auto *global = static_cast<Global *>(data);
+    wl_resource *resource = wl_resource_create(client, global->interface, int(version), id);
+    wl_resource_set_implementation(resource, global->implementation, nullptr, nullptr);
 }
 
-bool isKdeTimeout(wl_resource *resource)
+int idled(void *)
 {
-    return wl_resource_instance_of(resource, &org_kde_kwin_idle_timeout_interface,
-                                   &kdeTimeoutImplementation);
+    if (g_notification)
+        g_kde ? org_kde_kwin_idle_timeout_send_idle(g_notification)
+              : ext_idle_notification_v1_send_idled(g_notification);
+    return 0;
 }
 
-void command(const std::string &line)
+int input(int, void *)
 {
-    if (line == "quit") {
-        wl_display_terminate(g_display);
-    } else if (line == "idled") {
-        for (wl_resource *n : g_notifications)
-            isKdeTimeout(n) ? org_kde_kwin_idle_timeout_send_idle(n)
-                            : ext_idle_notification_v1_send_idled(n);
-    } else if (line == "resumed") {
-        for (wl_resource *n : g_notifications)
-            isKdeTimeout(n) ? org_kde_kwin_idle_timeout_send_resumed(n)
-                            : ext_idle_notification_v1_send_resumed(n);
-    }
-    wl_display_flush_clients(g_display);
-}
-
-int readInput(int fd, uint32_t, void *)
-{
-    char buffer[256];
-    const ssize_t n = ::read(fd, buffer, sizeof buffer);
-    if (n <= 0) {
-        wl_display_terminate(g_display);
-        return 0;
-    }
-    g_input.append(buffer, size_t(n));
-    for (size_t end; (end = g_input.find('\n')) != std::string::npos;) {
-        command(g_input.substr(0, end));
-        g_input.erase(0, end + 1);
-    }
+    if (g_notification)
+        g_kde ? org_kde_kwin_idle_timeout_send_resumed(g_notification)
+              : ext_idle_notification_v1_send_resumed(g_notification);
+    wl_event_source_timer_update(g_idleTimer, g_timeout);
     return 0;
 }
 
@@ -136,26 +94,18 @@ int readInput(int fd, uint32_t, void *)
 
 int main(int argc, char **argv)
 {
-    const char *option = argc > 1 ? argv[1] : "";
-    const bool withIdleNotify =
-        std::strcmp(option, "--without-idle-notify") != 0 && std::strcmp(option, "--kde-idle") != 0;
-    g_display = wl_display_create();
-    const char *socket = wl_display_add_socket_auto(g_display);
-    if (!socket) {
-        std::fprintf(stderr, "fake_compositor: no socket (is XDG_RUNTIME_DIR set?)\n");
+    g_kde = argc > 1 && std::strcmp(argv[1], "--kde-idle") == 0;
+    wl_display *display = wl_display_create();
+    const char *socket = wl_display_add_socket_auto(display);
+    if (!socket)
         return 1;
-    }
-    wl_global_create(g_display, &wl_seat_interface, 1, nullptr, bindSeat);
-    if (withIdleNotify)
-        wl_global_create(g_display, &ext_idle_notifier_v1_interface, 1, nullptr, bindNotifier);
-    if (std::strcmp(option, "--kde-idle") == 0)
-        wl_global_create(g_display, &org_kde_kwin_idle_interface, 1, nullptr, bindKdeIdle);
-    wl_event_loop_add_fd(wl_display_get_event_loop(g_display), 0, WL_EVENT_READABLE, readInput,
-                         nullptr);
+    wl_global_create(display, &wl_seat_interface, 1, &g_seat, bind);
+    Global *idle = g_kde ? &g_kdeIdle : &g_notifier;
+    wl_global_create(display, idle->interface, 1, idle, bind);
+    wl_event_loop *loop = wl_display_get_event_loop(display);
+    g_idleTimer = wl_event_loop_add_timer(loop, idled, nullptr);
+    wl_event_loop_add_signal(loop, SIGUSR1, input, nullptr);
     std::printf("ready %s\n", socket);
     std::fflush(stdout);
-    wl_display_run(g_display);
-    wl_display_destroy_clients(g_display);
-    wl_display_destroy(g_display);
-    return 0;
+    wl_display_run(display); // until the test ends it
 }

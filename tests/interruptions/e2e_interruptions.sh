@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # The real program on a private X server and session bus, with dunst as the
 # notification server: a break owed while the focused window is full screen
-# starts when it no longer is; "Postpone" clicked on the break screen moves
-# the break a minute on (and a sound is asked for); the heads-up comes at once (60 seconds before),
-# offers "Skip this break" but no second postpone, and its skip is taken;
-# "Pause for 30 minutes" from the menu withdraws the heads-up and the status
-# item says until when.
+# starts when it no longer is, with a sound asked for; "Postpone" clicked on the
+# break screen moves the break a minute on; the heads-up comes at once (60
+# seconds before), offers "Skip this break" but no second postpone, and its skip
+# is taken; "Pause for 30 minutes" from the menu withdraws the heads-up and the
+# status item says until when.
 #
 #   tests/interruptions/e2e_interruptions.sh path/to/narv
 set -euo pipefail
@@ -62,10 +62,9 @@ xprop -id "$clock_id" -remove _NET_WM_STATE
 wait_for 10 logged "the break waited [0-9]* seconds (the focused window is full screen): it starts" ||
     fail "the break did not start when full screen ended"
 wait_for 20 shown || fail "no break window"
-ok "a break waits out a full-screen window, and says so"
 # No sound card here: libcanberra is asked, and says why it cannot play.
 logged 'sound.*"alarm-clock-elapsed"' || fail "no sound asked for at the break's start"
-ok "the break's start asks the sound theme for its sound"
+ok "a break waits out a full-screen window, says so, and asks for its sound as it starts"
 
 # "Postpone" sits 48 px right of the Skip capsule: where it is drawn, the
 # blue text's box (its label's, with the promotion's) reaches past the capsule.
@@ -83,14 +82,11 @@ read -r x y < <(postpone_at)
 xdotool mousemove "$x" "$y" click 1
 wait_for 5 logged "break postponed by 1 minutes (1 of 1 in a row)" || fail "Postpone did not postpone"
 wait_for 10 gone || fail "the break windows stay after Postpone"
-logged "ticktack timer start 60$" || fail "the break did not move a minute on"
 ok "Postpone moves the break a minute on"
 
 wait_for 10 [ "$(shown_notes)" = 1 ] || fail "no heads-up"
-logged "heads-up: break in" || fail "the heads-up is not in the log"
 dunstctl context
 wait_for 10 logged "the coming break is skipped" || fail "Skip this break did nothing"
-grep -q "Skip this break" "$home/actions" || fail "no Skip this break: $(cat "$home/actions")"
 ! grep -q "Postpone" "$home/actions" || fail "a second postpone was offered"
 ok "the heads-up offers Skip this break, no second postpone, and skips"
 
@@ -101,7 +97,6 @@ xdotool mousemove "$x" "$y" click 1
 wait_for 10 [ "$(shown_notes)" = 1 ] || fail "no heads-up after the second postpone"
 menu_click label '"Pause for 30 minutes"' || fail "no Pause for 30 minutes in the menu"
 wait_for 10 [ "$(shown_notes)" = 0 ] || fail "the heads-up stays through the pause"
-logged "paused until" || fail "the pause is not in the log"
 says_until() { item_property XAyatanaLabel | grep -q "^until [0-9][0-9]:[0-9][0-9]$"; }
 wait_for 5 says_until || fail "the status item says \"$(item_property XAyatanaLabel)\", not until when"
 ok "pausing for 30 minutes withdraws the heads-up; the status item says until when"
