@@ -5,7 +5,7 @@
 # (xdg-desktop-portal with its GTK backend) to dunst; its "Skip this break"
 # comes back the same way, and a pause withdraws it.
 #
-#   tests/notify/e2e_portal.sh path/to/narv
+#   tests/interruptions/e2e_portal.sh path/to/narv
 set -euo pipefail
 narv=$(realpath "$1")
 here=$(cd "$(dirname "$0")/../e2e" && pwd)
