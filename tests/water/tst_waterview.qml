@@ -73,14 +73,14 @@ TestCase {
     // hours there is no countdown.
     function test_countdown() {
         water.schedule();
-        Fixture.setTime(10, 1, 30);
+        const now = Fixture.setTime(10, 1, 30);
         const window = openPanel();
         const countdown = part(window, "countdown");
         const tip = part(window, "tip");
         compare(countdown.text, "13:30");
         tryCompare(countdown, "text", "13:29", 3000);
         window.hide();
-        water.lastClickTimestamp = Fixture.nowSeconds() - 15 * 60 + 2;
+        water.lastClickTimestamp = now - 15 * 60 + 2;
         window.show();
         compare(countdown.text, "00:02");
         tryCompare(tip, "text", "It's time to drink water!", 5000);
