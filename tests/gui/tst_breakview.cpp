@@ -71,12 +71,12 @@ private Q_SLOTS:
     void prompt()
     {
         const QString longText = QStringLiteral(" rest").repeated(80);
-        AppState::promptState()->setPrompt(QStringLiteral("C:\\temp\\n<b>") + longText);
+        AppState::promptState()->setPrompt(QStringLiteral("C:\\temp\\n<b>\\n") + longText);
         QQuickView *view = addView();
         QVERIFY(view);
         QQuickItem *text = item(view, "prompt");
-        QCOMPARE(text->property("text").toString(), QStringLiteral("C:\\temp\n<b>") + longText);
-        QCOMPARE_GT(text->property("lineCount").toInt(), 2);
+        QCOMPARE(text->property("text").toString(), QStringLiteral("C:\\temp\n<b>\n") + longText);
+        QCOMPARE_GT(text->property("lineCount").toInt(), 3);
         const QRectF onScreen = text->mapRectToScene(text->boundingRect());
         QVERIFY(onScreen.left() >= 0 && onScreen.right() <= view->width());
         QCOMPARE_LE(qAbs(onScreen.center().x() - view->width() / 2.0), 1.0);
