@@ -43,8 +43,9 @@ Item {
             ];
         }
 
-        // Showing writes nothing; a click writes the setting; another program
-        // (or the status menu) changing it moves the box, also after a click.
+        // Showing writes nothing; a click writes the setting, through its
+        // setter (only the login item's makes an entry); another program (or
+        // the status menu) changing it moves the box, also after a click.
         function test_switch(data) {
             showTab(data.tab);
             const box = findChild(view, data.tag);
@@ -52,6 +53,7 @@ Item {
             compare(Probe.stored(data.key), undefined);
             mouseClick(box);
             compare(Probe.stored(data.key), String(!data.initial));
+            compare(Probe.autostartEntryExists(), data.tag === "launchAtLogin");
             Probe.edit(data.key, data.initial);
             tryCompare(box, "checked", data.initial, 5000);
         }

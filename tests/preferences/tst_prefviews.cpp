@@ -79,6 +79,11 @@ public:
         return AppState::waterState()->workItemDue().toString(QStringLiteral("hh:mm"));
     }
 
+    Q_INVOKABLE bool autostartEntryExists() const
+    {
+        return QFile::exists(AutostartLoginItem::entryPath());
+    }
+
     Q_INVOKABLE void showWaterView() { WindowController::showWaterView(); }
     Q_INVOKABLE bool waterViewVisible() const
     {
