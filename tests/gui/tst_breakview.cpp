@@ -1,10 +1,8 @@
-// BreakView drawn offscreen: the prompt with and without backslash-n, "Skip"
-// held like a button, and the countdown ending the break in every view. The
-// windows, the forced long break and the promotion are clicked in
-// tests/e2e/break_windows.sh.
+// BreakView drawn offscreen: the prompt, "Skip" held like a button, and the
+// countdown ending the break in every view. The windows themselves are
+// tst_breakwindows' and tests/e2e/break_windows.sh's.
 
 #include "FakeWindows.h"
-#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
@@ -16,7 +14,6 @@
 #include "settings/PromptState.h"
 #include "windows/QmlWindowBackend.h"
 
-#include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
@@ -28,13 +25,10 @@
 class TestBreakView : public QObject {
     Q_OBJECT
 
-    std::optional<TestSupport::ScratchHome> m_home;
+    TestSupport::ScratchHome m_home;
     ManualTickSource m_ticks;
-    // What the views ask of the windows; the windows themselves are
-    // tst_breakwindows' business.
-    WindowsOf<FakeWindows> m_windows;
-    LogTail m_log;
-    std::unique_ptr<QQmlEngine> m_engine;
+    WindowsOf<FakeWindows> m_windows; // what the views ask of the windows
+    std::unique_ptr<QQmlEngine> m_engine = QmlWindowBackend::makeEngine();
     std::vector<std::unique_ptr<QQuickView>> m_views;
 
     int closes() const { return m_windows.windows.count("closeBreak"); }
@@ -42,14 +36,13 @@ class TestBreakView : public QObject {
     QQuickView *addView()
     {
         auto view = std::make_unique<QQuickView>(m_engine.get(), nullptr);
-        view->setResizeMode(QQuickView::SizeRootObjectToView);
         view->resize(1280, 800);
+        view->setResizeMode(QQuickView::SizeRootObjectToView);
         view->setSource(QUrl(QStringLiteral("qrc:/Narv/Windows/BreakView.qml")));
         view->show();
         if (view->status() != QQuickView::Ready || !QTest::qWaitForWindowExposed(view.get()))
             return nullptr;
-        m_views.push_back(std::move(view));
-        return m_views.back().get();
+        return m_views.emplace_back(std::move(view)).get();
     }
 
     static QQuickItem *item(QQuickView *view, const char *name)
@@ -58,21 +51,13 @@ class TestBreakView : public QObject {
     }
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_home.emplace();
-        TicktackController::setTimer(&m_ticks);
-        m_engine = QmlWindowBackend::makeEngine();
-    }
+    void initTestCase() { TicktackController::setTimer(&m_ticks); }
 
     void init()
     {
         PreferencesStore::instance().clear();
-        AppState::setManualPause(false);
         AppState::promptState()->resetShortBreakTimes();
-        AppState::promptState()->setPrompt(QStringLiteral("Rest your eyes"));
         m_windows.windows.calls.clear();
-        m_log.newMessages();
     }
 
     void cleanup()
@@ -81,35 +66,20 @@ private Q_SLOTS:
         TicktackController::stop();
     }
 
-    void prompt_data()
-    {
-        QTest::addColumn<QString>("prompt");
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<int>("lines"); // -1: more than one
-        const QString longText = QStringLiteral("rest ").repeated(80).trimmed();
-        QTest::newRow("every backslash-n breaks the line")
-            << QStringLiteral("a\\nb\\nc") << QStringLiteral("a\nb\nc") << 3;
-        QTest::newRow("backslash before another letter, markup as typed")
-            << QStringLiteral("C:\\temp <b>") << QStringLiteral("C:\\temp <b>") << 1;
-        QTest::newRow("long text wraps inside the screen") << longText << longText << -1;
-    }
-
-    // The prompt stays on the screen, whatever its length, centred on it.
+    // Backslash-n breaks the line, anything else shows as typed, and a long
+    // text wraps: the prompt stays on the screen, centred on it.
     void prompt()
     {
-        QFETCH(QString, prompt);
-        QFETCH(QString, shown);
-        QFETCH(int, lines);
-        AppState::promptState()->setPrompt(prompt);
+        const QString longText = QStringLiteral(" rest").repeated(80);
+        AppState::promptState()->setPrompt(QStringLiteral("C:\\temp\\n<b>\\n") + longText);
         QQuickView *view = addView();
         QVERIFY(view);
         QQuickItem *text = item(view, "prompt");
-        QCOMPARE(text->property("text").toString(), shown);
+        QCOMPARE(text->property("text").toString(), QStringLiteral("C:\\temp\n<b>\n") + longText);
+        QCOMPARE_GT(text->property("lineCount").toInt(), 3);
         const QRectF onScreen = text->mapRectToScene(text->boundingRect());
         QVERIFY(onScreen.left() >= 0 && onScreen.right() <= view->width());
         QCOMPARE_LE(qAbs(onScreen.center().x() - view->width() / 2.0), 1.0);
-        const int lineCount = text->property("lineCount").toInt();
-        QVERIFY(lines > 0 ? lineCount == lines : lineCount > 1);
     }
 
     // Held for two seconds before the release, as a slow hand or a busy
@@ -125,14 +95,12 @@ private Q_SLOTS:
         QTest::mousePress(view, Qt::LeftButton, {}, centre);
         QTest::mouseRelease(view, Qt::LeftButton, {}, centre, 2000);
         QCOMPARE(closes(), 1);
-        QCOMPARE(m_windows.windows.count("showPrefView"), 0);
-        QVERIFY(m_log.newMessages().contains(QStringLiteral("skip break view")));
         QCOMPARE(AppState::workState()->timeString(), QStringLiteral("02:00"));
     }
 
     // Each view ends the break at the countdown's end: two closes, work
-    // started from its full length, nothing more once it runs. The expired
-    // flag is still set when the next break begins; it must not end it.
+    // started, nothing more once it runs. The expired flag is still set when
+    // the next break begins; it must not end it.
     void countdownEndRunsSkipOncePerView()
     {
         AppState::prefState()->setBreakTime(3);
@@ -142,13 +110,9 @@ private Q_SLOTS:
         AppState::promptState()->showBreak();
         m_ticks.advance(1);
         QCOMPARE(item(first, "countdown")->property("text").toString(), QStringLiteral("00:02"));
-        m_log.newMessages();
         m_ticks.advance(2);
         QCOMPARE(closes(), 2);
-        QCOMPARE(m_log.newMessages().count(QStringLiteral("skip break view")), 2);
         QVERIFY(TicktackController::isRunning());
-        QCOMPARE(AppState::workState()->timeString(),
-                 timeString(AppState::prefState()->workTime() * 60));
         m_ticks.advance(5);
         QCOMPARE(closes(), 2);
 
@@ -159,11 +123,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char **argv)
-{
-    QGuiApplication app(argc, argv);
-    TestBreakView test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_MAIN(TestBreakView)
 
 #include "tst_breakview.moc"

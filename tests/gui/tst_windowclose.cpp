@@ -1,38 +1,24 @@
-// Windows closed from outside: by the window manager (WM_DELETE_WINDOW, as a
-// close button, Alt+F4 or a dock's menu sends it on X11) or, on Wayland, by a
-// close that comes in the way the compositor's does. Run on a private X server
-// (tests/run-on-xvfb) and on a headless Wayland compositor
-// (tests/run-on-weston). Each window is only hidden, as by its own close,
-// survives the release of its backing store that follows, and shows again;
-// a quit still closes them all.
+// Windows closed from outside: by the window manager on X11 (WM_DELETE_WINDOW,
+// as a close button or Alt+F4 sends it; tests/run-on-xvfb) and by the
+// compositor on Wayland (tests/run-on-weston). The window is only hidden, as by
+// its own close, survives the release of its backing store that follows, and
+// shows again.
 
 #include "FakeWindows.h"
-#include "LogTail.h"
 #include "TestSupport.h"
 
-#include "app/Clock.h"
 #include "settings/PreferencesStore.h"
 #include "windows/QmlWindowBackend.h"
 
 #include <QGuiApplication>
 #include <QQuickView>
-#include <QScreen>
 #include <QTest>
-#include <QTimer>
 
 #include <xcb/xcb.h>
 
 #include <cstdlib>
-#include <optional>
 
 namespace {
-constexpr int kFadeWait = QmlWindowBackend::fadeMilliseconds * 5;
-
-bool onX11()
-{
-    return QGuiApplication::platformName() == QLatin1String("xcb");
-}
-
 xcb_atom_t atom(xcb_connection_t *c, const char *name)
 {
     xcb_intern_atom_reply_t *reply =
@@ -42,16 +28,15 @@ xcb_atom_t atom(xcb_connection_t *c, const char *name)
     return atom;
 }
 
-// What the desktop does when the user closes the window.
 void closeFromOutside(QWindow *window)
 {
-    if (!onX11()) {
+    auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (!x11) {
         // The compositor's close (xdg_toplevel.close) and QWindow::close()
         // reach the window as the same QCloseEvent.
         window->close();
         return;
     }
-    auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     xcb_connection_t *c = x11->connection();
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
@@ -69,98 +54,27 @@ void closeFromOutside(QWindow *window)
 class TestWindowClose : public QObject {
     Q_OBJECT
 
+    TestSupport::ScratchHome m_home;
+    WindowsOf<QmlWindowBackend> m_windows;
+
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_home.emplace();
-        PreferencesStore::instance().clear();
-        // Inside the water panel's working hours, whatever the hour.
-        Clock::setNowSource([] { return QDateTime(QDate(2026, 11, 23), QTime(10, 0)); });
-    }
-
-    void closedItHidesAndComesBack_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::newRow("settings") << QStringLiteral("settings");
-        QTest::newRow("water panel") << QStringLiteral("water");
-        QTest::newRow("about") << QStringLiteral("about");
-    }
-
+    // The settings window, as the menu and a second start show it.
     void closedItHidesAndComesBack()
     {
-        QFETCH(QString, window);
-        const auto show = [&] {
-            if (window == QLatin1String("settings"))
-                WindowController::showPrefView();
-            else if (window == QLatin1String("water"))
-                WindowController::showWaterView();
-            else
-                WindowController::showAbout();
-        };
-        show();
-        QQuickView *view = window == QLatin1String("settings") ? m_backend->preferencesWindow()
-                           : window == QLatin1String("water")  ? m_backend->waterWindow()
-                                                               : m_backend->aboutWindow();
+        PreferencesStore::instance().clear();
+        WindowController::showPrefView();
+        QQuickView *view = m_windows.windows.preferencesWindow();
         QVERIFY(QTest::qWaitForWindowExposed(view));
-
         closeFromOutside(view);
-        QTRY_VERIFY_WITH_TIMEOUT(!view->isVisible(), kFadeWait);
-        QVERIFY(!m_backend->isWaterViewVisible());
-        // Hidden, not destroyed: the native window is kept for the next showing.
-        QVERIFY(view->handle());
+        QTRY_VERIFY_WITH_TIMEOUT(!view->isVisible(), QmlWindowBackend::fadeMilliseconds * 5);
+        QVERIFY(view->handle()); // hidden, not destroyed
         // The backing store is released from a queued slot; run it now.
         QCoreApplication::sendPostedEvents(view, QEvent::MetaCall);
-
-        show();
-        QVERIFY(QTest::qWaitForWindowExposed(view));
-        QVERIFY(view->isVisible());
-        view->hide();
-        QCoreApplication::sendPostedEvents(view, QEvent::MetaCall);
-    }
-
-    void aBreakWindowStaysUntilTheBreakEnds()
-    {
-        WindowController::showBreak();
-        QQuickView *view = m_backend->breakWindow(QGuiApplication::primaryScreen());
-        QVERIFY(QTest::qWaitForWindowExposed(view));
-        const QByteArray asked = "the desktop asked to close break window " +
-                                 QmlWindowBackend::breakWindowTitle(view->screen()).toUtf8();
-        const int before = LogTail::count(asked);
-        closeFromOutside(view);
-        QTRY_COMPARE(LogTail::count(asked), before + 1);
-        QCoreApplication::sendPostedEvents(view, QEvent::MetaCall);
-        QVERIFY(view->isVisible());
-        QVERIFY(view->handle());
-        WindowController::closeBreak();
-        QTRY_VERIFY_WITH_TIMEOUT(!view->isVisible(), kFadeWait);
-    }
-
-    // Last: Qt closes every window before it quits, and one that stayed
-    // would keep the program from quitting.
-    void quittingClosesEveryWindow()
-    {
         WindowController::showPrefView();
-        QVERIFY(QTest::qWaitForWindowExposed(m_backend->preferencesWindow()));
-        // quit() needs the application's loop running; exit() ends it without
-        // asking the windows, should the quit be called off.
-        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
-        QTimer::singleShot(10000, qApp, [] { QCoreApplication::exit(1); });
-        QCOMPARE(QCoreApplication::exec(), 0);
-        for (QWindow *window : QGuiApplication::topLevelWindows())
-            QVERIFY2(!window->handle(), qPrintable(window->title()));
+        QVERIFY(QTest::qWaitForWindowExposed(view));
     }
-
-private:
-    std::optional<TestSupport::ScratchHome> m_home;
-    WindowsOf<QmlWindowBackend> m_windows;
-    QmlWindowBackend *m_backend = &m_windows.windows;
 };
 
-int main(int argc, char **argv)
-{
-    QGuiApplication app(argc, argv);
-    TestWindowClose test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_MAIN(TestWindowClose)
 
 #include "tst_windowclose.moc"

@@ -2,10 +2,9 @@
 // tests (tst_*.qml beside this file) click and type into PreferencesView and
 // read what lands in the real settings file. Probe gives them the rest of the
 // program to look at: the file read afresh, another program writing it, the
-// log, the status menu's water item, the pending water reminder, the clock.
+// status menu's water item, the water panel and the pending water reminder.
 
 #include "FakeWindows.h"
-#include "LogTail.h"
 #include "TestSupport.h"
 
 #include "app/AppState.h"
@@ -14,14 +13,11 @@
 #include "app/TickSource.h"
 #include "app/TicktackController.h"
 #include "platform/login/AutostartLoginItem.h"
-#include "settings/BreakStyle.h"
-#include "settings/PrefState.h"
 #include "settings/PrefWaterState.h"
 #include "settings/PreferencesStore.h"
 #include "statusbar/StatusBarController.h"
 #include "windows/QmlWindowBackend.h"
 
-#include <QFile>
 #include <QJSValue>
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -29,19 +25,17 @@
 #include <QSettings>
 #include <QtQuickTest>
 
-#include <memory>
 #include <optional>
-
-using TestSupport::ScratchHome;
 
 class Probe : public QObject {
     Q_OBJECT
 public:
     // Back to a fresh install at 10:00 today, the reminder not armed, nothing
-    // in the menu, the log read up to here.
+    // in the menu.
     Q_INVOKABLE void reset()
     {
-        setNow(QStringLiteral("10:00"));
+        const QDateTime now(QDate::currentDate(), QTime(10, 0));
+        Clock::setNowSource([now] { return now; });
         PreferencesStore::instance().clear();
         AppState::waterState()->cancel();
         StatusBarController::removeWaterItem();
@@ -49,43 +43,25 @@ public:
         QFile::remove(AutostartLoginItem::entryPath());
         AppState::setManualPause(false);
         AppState::setWorking(true);
-        logMessages();
     }
 
     // The value in the settings file as a fresh reader finds it; undefined
-    // when the key is not there.
+    // when the key is not there. The file has text; lists come back as lists.
     Q_INVOKABLE QVariant stored(const QString &key) const
     {
         QSettings file(PreferencesStore::instance().filePath(), QSettings::IniFormat);
-        if (!file.contains(key))
-            return {};
         const QVariant value = file.value(key);
-        // The file has text; lists come back as lists.
-        return value.typeId() == QMetaType::QStringList ? value : QVariant(value.toString());
+        if (!value.isValid() || value.typeId() == QMetaType::QStringList)
+            return value;
+        return value.toString();
     }
 
     // Another program writes the settings file.
-    Q_INVOKABLE void edit(const QString &key, const QVariant &value)
+    Q_INVOKABLE void edit(const QString &key, const QJSValue &value)
     {
-        QVariant plain = value;
-        if (plain.metaType() == QMetaType::fromType<QJSValue>())
-            plain = plain.value<QJSValue>().toVariant();
-        if (plain.typeId() == QMetaType::QVariantList)
-            plain = plain.toStringList();
         QSettings file(PreferencesStore::instance().filePath(), QSettings::IniFormat);
-        file.setValue(key, plain);
-        file.sync();
+        file.setValue(key, value.toVariant());
     }
-
-    // "Now" is today at hh:mm.
-    Q_INVOKABLE void setNow(const QString &hhmm)
-    {
-        const QDateTime now(QDate::currentDate(), QTime::fromString(hhmm, QStringLiteral("hh:mm")));
-        Clock::setNowSource([now] { return now; });
-    }
-
-    // Log messages written since the last call.
-    Q_INVOKABLE QStringList logMessages() { return m_log.newMessages(); }
 
     // The status menu's water item; empty when there is none.
     Q_INVOKABLE QString waterItemTitle() const
@@ -97,16 +73,10 @@ public:
     // The armed water reminder: when it is due ("hh:mm"), empty when none is.
     Q_INVOKABLE QString waterReminderDue() const
     {
-        PrefWaterState *water = AppState::waterState();
-        if (!water->workItem() || !water->workItem()->isPending())
+        const DelayedTask *job = AppState::waterState()->workItem();
+        if (!job || !job->isPending())
             return QString();
-        return water->workItemDue().toString(QStringLiteral("hh:mm"));
-    }
-
-    Q_INVOKABLE void showWaterView() { WindowController::showWaterView(); }
-    Q_INVOKABLE bool waterViewVisible() const
-    {
-        return WindowController::backend()->isWaterViewVisible();
+        return AppState::waterState()->workItemDue().toString(QStringLiteral("hh:mm"));
     }
 
     Q_INVOKABLE bool autostartEntryExists() const
@@ -114,14 +84,11 @@ public:
         return QFile::exists(AutostartLoginItem::entryPath());
     }
 
-    Q_INVOKABLE QStringList builtInPrompts(int style, bool newDay = false) const
+    Q_INVOKABLE void showWaterView() { WindowController::showWaterView(); }
+    Q_INVOKABLE bool waterViewVisible() const
     {
-        const BreakStyle chosen = BreakStyles::fromRawValue(style).value();
-        return newDay ? BreakStyles::newDayPrompts(chosen) : BreakStyles::prompts(chosen);
+        return WindowController::backend()->isWaterViewVisible();
     }
-
-private:
-    LogTail m_log;
 };
 
 class Setup : public QObject {
@@ -129,7 +96,6 @@ class Setup : public QObject {
 public Q_SLOTS:
     void applicationAvailable()
     {
-        m_home.emplace();
         // Drawn the way Narv draws its windows.
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
         TicktackController::setTimer(&m_ticks);
@@ -158,7 +124,7 @@ public Q_SLOTS:
     }
 
 private:
-    std::optional<ScratchHome> m_home;
+    TestSupport::ScratchHome m_home;
     ManualTickSource m_ticks;
     std::optional<WindowsOf<QmlWindowBackend>> m_windows;
     std::optional<AutostartLoginItem> m_loginItem;

@@ -1,12 +1,11 @@
-// The line between the counting process and the window process, and the
-// counting side's handling of the window process: a real socket pair, real
-// child processes (this program run as `--views`, standing in for the window
-// process) and the real core, in a scratch home. The window process before,
-// during and after a break, and killed during one, is
-// tests/e2e/window_process.sh.
+// The counting process's side of the window process: the commands its views
+// send back by number, and the process killed during a break. This program,
+// run as `--views`, stands in for the window process over a real socket, with
+// the real core in a scratch home. The window process before, during and
+// after a break is tests/e2e/window_process.sh.
 
+#include "FakeWindows.h"
 #include "LogTail.h"
-#include "TestSupport.h"
 
 #include "app/AppState.h"
 #include "app/TickSource.h"
@@ -16,27 +15,20 @@
 #include "platform/views/ViewsProcess.h"
 #include "settings/PrefState.h"
 #include "settings/PreferencesStore.h"
+#include "settings/PromptState.h"
 #include "windows/CountdownCommand.h"
 
 #include <QCoreApplication>
-#include <QRegularExpression>
 #include <QSettings>
-#include <QSignalSpy>
 #include <QTest>
 
 #include <csignal>
-#include <unistd.h>
-
-using TestSupport::ScratchHome;
 
 namespace {
-
-// The stand-in window process. Shows and closes what it is told, answers
-// every message with a report of its windows, as ViewsHost does, and keeps a
-// list of the messages' names in $NARV_TEST_RECORD. "showAbout" stands for a
-// window whose views ask the counting process for something: like the
-// settings window, it writes a new work time and then sends the command
-// "restartWork" (and shows nothing).
+// The stand-in window process: answers every message with a report of its
+// windows, as ViewsHost does. "showAbout" stands for a window whose views ask
+// the counting process for something: a number that is no command, then, as
+// the settings window does, a new work time written and "restartWork".
 int standInWindowProcess()
 {
     int argc = 1;
@@ -44,115 +36,42 @@ int standInWindowProcess()
     char *argv[] = {name, nullptr};
     QCoreApplication app(argc, argv);
     MessageChannel channel(qEnvironmentVariableIntValue("NARV_VIEWS_FD"));
-    QFile record(qEnvironmentVariable("NARV_TEST_RECORD"));
-    if (!record.open(QIODevice::Append))
-        return 2;
     quint64 read = 0;
     bool breakShown = false;
-    bool water = false;
     QObject::connect(&channel, &MessageChannel::closed, &app, &QCoreApplication::quit);
     QObject::connect(&channel, &MessageChannel::received, [&](const QVariantList &message) {
         ++read;
         const QString what = message.value(0).toString();
-        // With the window's place or the settings' activation token, when
-        // they come with one.
-        QString extra;
-        if (what == QLatin1String("showWaterView") || what == QLatin1String("showPrefView"))
-            QDebug(&extra).noquote() << message.mid(1);
-        record.write((what + u' ' + extra).trimmed().toUtf8() + '\n');
-        record.flush();
         breakShown = what == QLatin1String("showBreak") ||
                      (breakShown && what != QLatin1String("closeBreak"));
-        water = what == QLatin1String("showWaterView") ||
-                (water && what != QLatin1String("closeWaterView"));
         if (what == QLatin1String("showAbout")) {
+            channel.send({QStringLiteral("command"), 0});
             QSettings settings(PreferencesStore::defaultFilePath(), QSettings::IniFormat);
             settings.setValue(QStringLiteral("pref.work.time"), 7);
             settings.sync();
             channel.send({QStringLiteral("command"), int(CountdownCommand::restartWork)});
         }
-        // The settings window as the user left it (it is never shown here).
-        channel.send({QStringLiteral("windows"), read, breakShown, water, breakShown || water,
-                      QPoint(120, 340), QRect(30, 40, 600, 500)});
+        channel.send({QStringLiteral("windows"), read, breakShown, false, breakShown});
     });
     return app.exec();
 }
-
-bool exists(qint64 pid)
-{
-    return pid > 0 && ::kill(pid_t(pid), 0) == 0;
-}
-
 } // namespace
 
 class TestViewsProcess : public QObject {
     Q_OBJECT
 
-    std::optional<ScratchHome> m_home;
+    TestSupport::ScratchHome m_home;
     ManualTickSource m_ticks;
-    QString m_record;
-
-    QStringList recorded() const
-    {
-        return QString::fromUtf8(TestSupport::readFile(m_record)).split(u'\n', Qt::SkipEmptyParts);
-    }
-
-    // Whether the stand-in was sent a message of that name.
-    bool saw(const char *name) const
-    {
-        const QRegularExpression line(QStringLiteral("^%1\\b").arg(QLatin1String(name)));
-        return !recorded().filter(line).isEmpty();
-    }
+    WindowsOf<ViewsProcess> m_windows;
+    ViewsProcess &m_views = m_windows.windows;
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_home.emplace();
-        m_record = m_home->path() + QStringLiteral("/record");
-        qputenv("NARV_TEST_RECORD", m_record.toUtf8());
-        TicktackController::setTimer(&m_ticks);
-    }
+    void initTestCase() { TicktackController::setTimer(&m_ticks); }
 
-    void init()
-    {
-        QFile::remove(m_record);
-        AppState::setManualPause(false);
-    }
-
-    // Messages go whole and in order, also more than the socket holds while
-    // the other end reads nothing; a message too long for one packet is
-    // refused and said; the other end's going is noticed.
-    void channel()
-    {
-        int fds[2];
-        QVERIFY(MessageChannel::makePair(fds));
-        auto *near = new MessageChannel(fds[0]);
-        auto *far = new MessageChannel(fds[1]);
-        QList<QVariantList> got;
-        connect(far, &MessageChannel::received, [&](const QVariantList &m) { got.append(m); });
-        const QString text(2000, u'é');
-        for (int i = 0; i < 500; ++i)
-            near->send({QStringLiteral("n"), i, text});
-        QVERIFY2(near->pending() > 0, "the socket took 1 MB at once; nothing was queued");
-        QTRY_COMPARE_WITH_TIMEOUT(got.size(), 500, 10000);
-        for (int i = 0; i < 500; ++i) {
-            QCOMPARE(got[i].value(1).toInt(), i);
-            QCOMPARE(got[i].value(2).toString(), text);
-        }
-        QCOMPARE(near->pending(), 0);
-
-        near->send({QStringLiteral("long"), QString(40000, u'x')});
-        QCOMPARE(LogTail::count("a message to the other process is too long"), 1);
-
-        QSignalSpy closed(near, &MessageChannel::closed);
-        delete far;
-        QTRY_COMPARE(closed.size(), 1);
-        near->send({QStringLiteral("after")}); // nothing to send it to, and no crash
-        delete near;
-    }
-
-    // What the windows ask of the countdown: in the window process it is
-    // handed on, in this one it runs; numbers outside the table are no command.
+    // In the window process a command is handed on, here it runs; a pause by
+    // the user, which the window process cannot know of, holds. From the
+    // window process it comes after the settings it wrote; a number outside
+    // the table is no command.
     void commands()
     {
         QList<CountdownCommand> sent;
@@ -162,64 +81,37 @@ private Q_SLOTS:
         CountdownCommands::setSender({});
         QVERIFY(!TicktackController::isRunning());
         QCOMPARE(sent, QList<CountdownCommand>{CountdownCommand::restartWork});
-
         CountdownCommands::send(CountdownCommand::restartWork);
         QVERIFY(TicktackController::isRunning());
-        // Paused by the user: the window process cannot know, the command here does.
         AppState::setManualPause(true);
         CountdownCommands::send(CountdownCommand::restartWork);
         QVERIFY(!TicktackController::isRunning());
 
-        QVERIFY(!CountdownCommands::fromRawValue(0));
-        QVERIFY(!CountdownCommands::fromRawValue(int(CountdownCommand::postponeBreak) + 1));
+        AppState::setManualPause(false);
+        AppState::prefState()->setWorkTime(25); // the file exists and is watched
+        TicktackController::stop();
+        m_views.showAbout();
+        QTRY_VERIFY2(TicktackController::isRunning(), "the views' command did not run here");
+        QCOMPARE(TicktackController::remaining(AppState::workState()), 7 * 60);
+        QCOMPARE(LogTail::count("the window process asked for an unknown command: 0"), 1);
+        // Nothing left on the screen: the process ends.
+        QTRY_COMPARE(LogTail::count("no window left: the window process ends"), 1);
     }
 
-    // The window process: started by the first window and ended with the
-    // last; the water panel and the settings window come back where the last
-    // process had them; what its views ask for runs here; the settings take
-    // the activation token along.
-    void lifetime()
+    // Killed during a break: the break ends and work runs again from its full
+    // length; the next window has a process of its own.
+    void killedDuringABreak()
     {
-        ViewsProcess views;
-        TicktackController::stop();
-        QVERIFY(!exists(views.processId()));
-
-        views.showWaterView();
-        const qint64 first = views.processId();
-        QVERIFY(exists(first));
-        QVERIFY(views.isWaterViewVisible());
-        // The states the views show go first.
-        QTRY_VERIFY(saw("showWaterView"));
-        QCOMPARE(recorded().first(), QStringLiteral("prompt"));
-
-        // The file exists and is watched before the window process writes it.
-        AppState::prefState()->setWorkTime(25);
-        TicktackController::stop();
-        views.showAbout();
-        QTRY_VERIFY2(TicktackController::isRunning(), "the views' command did not run here");
-        // With the work time the window process wrote just before it.
-        QCOMPARE(TicktackController::remaining(AppState::workState()), 7 * 60);
-
-        const int ends = LogTail::count("no window left: the window process ends");
-        views.closeWaterView();
-        QVERIFY(!views.isWaterViewVisible());
-        QTRY_VERIFY(!exists(first));
-        QCOMPARE(LogTail::count("no window left: the window process ends"), ends + 1);
-
-        // A new process, with the windows as the last one left them; a second
-        // start's activation token goes with the settings, once.
-        QFile::remove(m_record);
-        views.showWaterView();
-        QVERIFY(views.processId() != first);
-        qputenv("XDG_ACTIVATION_TOKEN", "token-of-the-second-start");
-        views.showPrefView();
-        views.showPrefView();
-        QTRY_COMPARE(recorded().filter(QStringLiteral("showPrefView")).size(), 2);
-        const QStringList settings = recorded().filter(QStringLiteral("QRect(30,40 600x500)"));
-        QCOMPARE(settings.size(), 2);
-        QVERIFY(settings[0].contains(QStringLiteral("token-of-the-second-start")));
-        QVERIFY(!settings[1].contains(QStringLiteral("token")));
-        QCOMPARE(recorded().filter(QStringLiteral("QPoint(120,340)")).size(), 1);
+        AppState::prefState()->setWorkTime(2);
+        AppState::promptState()->showBreak();
+        const qint64 first = m_views.processId();
+        QVERIFY(first > 0);
+        QVERIFY(TicktackController::remaining(AppState::breakState()) > 0);
+        QCOMPARE(::kill(pid_t(first), SIGKILL), 0);
+        QTRY_COMPARE(TicktackController::remaining(AppState::workState()), 2 * 60);
+        QCOMPARE(LogTail::count("the break windows went away with their process"), 1);
+        m_views.showWaterView();
+        QVERIFY(m_views.processId() > 0 && m_views.processId() != first);
     }
 };
 
