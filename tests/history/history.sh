@@ -75,7 +75,9 @@ for row in "^break,[^,]*,[1-5],2,short,countdown," "^break,.*,60,long,skip," "^p
     "^pause,.*,lock," "^drink,.*,250$"; do
     grep -q "$row" <<<"$out" || fail "no $row in: $out"
 done
-ok "every kind of row recorded and exported"
+run history --csv --since "$(date -d tomorrow +%F)"
+[[ $code -eq 0 && $out == kind,* && $(wc -l <<<"$out") -eq 1 ]] || fail "--since tomorrow kept rows: $out"
+ok "every kind of row recorded and exported, from a given day on"
 
 # A damaged file: kept aside, said once, and a new history begun.
 rm -f "$db-wal" "$db-shm"
