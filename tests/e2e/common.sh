@@ -125,19 +125,13 @@ item_property() {
         string:org.kde.StatusNotifierItem "string:$1" 2>/dev/null | awk -F'"' '/string/ { print $2 }'
 }
 
-# Ends narv with SIGTERM, or with "menu" through the menu's Quit: it must
-# exit 0 and have logged no error but those a script expects ($expected_errors,
-# an extended regular expression).
+# Ends narv with SIGTERM: it must exit 0 and have logged no error but those a
+# script expects ($expected_errors, an extended regular expression).
 narv_stop() {
-    if [[ ${1:-} == menu ]]; then
-        menu_click label '"Quit"' || fail "no Quit in the menu"
-    else
-        kill -TERM "$pid"
-    fi
+    kill -TERM "$pid"
     local status=0
     wait "$pid" || status=$?
     pid=
-    [[ $status -eq 0 ]] || fail "narv exited with $status after ${1:-SIGTERM}"
-    [[ ${1:-} != menu ]] || logged " : quit from the menu$" || fail "the quit is not in the log"
+    [[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
     ! log | grep -E " (error|critical) " | grep -vE "${expected_errors:-^$}" || fail "errors in the log"
 }
