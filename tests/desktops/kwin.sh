@@ -37,7 +37,8 @@ kwin_script() {
     id=$(dbus-send --session --print-reply --dest=org.kde.KWin /Scripting org.kde.kwin.Scripting.loadScript \
         "string:$WORK/$marker.js" "string:$marker" 2>/dev/null | awk '/int32/ { print $2 }')
     [[ -n $id ]] || return 1
-    dbus-send --session --print-reply --dest=org.kde.KWin "/Scripting/Script$id" org.kde.kwin.Script.run >/dev/null 2>&1
+    dbus-send --session --print-reply --dest=org.kde.KWin "/Scripting/Script$id" org.kde.kwin.Script.run >/dev/null 2>&1 ||
+        dbus-send --session --print-reply --dest=org.kde.KWin "/$id" org.kde.kwin.Script.run >/dev/null 2>&1
     wait_for 5 grep -q "$marker-end" "$WORK/kwin.log"
     dbus-send --session --print-reply --dest=org.kde.KWin /Scripting org.kde.kwin.Scripting.unloadScript \
         "string:$marker" >/dev/null 2>&1
