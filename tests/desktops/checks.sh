@@ -17,7 +17,7 @@ mkdir -p "$XDG_CONFIG_HOME/narv" "$WORK/share/applications"
 sed "s|^Exec=narv|Exec=$build/narv|" "$here/../../resources/desktop/app.narv.Narv.desktop" \
     >"$WORK/share/applications/app.narv.Narv.desktop"
 cp -r "$here/../../resources/icons" "$WORK/share/"
-trap 'kill $(jobs -p) 2>/dev/null' EXIT
+trap end_session EXIT
 
 ok() { echo "ok: $shell: $*"; }
 fail() {
@@ -34,6 +34,29 @@ wait_for() {
         ((SECONDS < end)) || return 1
         sleep 0.1
     done
+}
+# The processes of this session but dbus-run-session, its bus and this
+# script: each carries this $WORK in its environment, also those the bus
+# started and those whose parent has gone.
+session_processes() {
+    local p line IFS=$'\n'
+    local -a vars
+    for p in /proc/[0-9]*; do
+        mapfile -d '' -t vars 2>/dev/null <"$p/environ" || continue
+        [[ $'\n'"${vars[*]}"$'\n' == *$'\n'"WORK=$WORK"$'\n'* ]] || continue
+        read -r line 2>/dev/null <"$p/stat" || continue
+        line=${line##*) } # the state, the parent, ...
+        line=${line#* }
+        p=${p#/proc/}
+        ((p != BASHPID && p != PPID && ${line%% *} != PPID)) && echo "$p"
+    done
+}
+no_session_processes() { [[ -z $(session_processes) ]]; }
+# Ends the shell and everything it started, so that nothing of it is left
+# when the next shell starts.
+end_session() {
+    kill -TERM $(session_processes) 2>/dev/null
+    wait_for 30 no_session_processes || kill -KILL $(session_processes) 2>/dev/null
 }
 # The shell is up within $1 seconds ($2 says so), or the run ends here.
 shell_up() {
@@ -139,6 +162,7 @@ finish() {
     [[ -z ${pid:-} ]] || kill -TERM "$pid" 2>/dev/null
     [[ -z ${pid:-} ]] || wait "$pid" 2>/dev/null
     echo "$shell: $failed failed"
+    end_session
     ((failed == 0))
 }
 
