@@ -20,8 +20,8 @@ add_test(NAME tst_prefwindow
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/run-on-xvfb $<TARGET_FILE:tst_prefwindow>)
 set_tests_properties(tst_prefwindow PROPERTIES ENVIRONMENT "LC_ALL=C.UTF-8" TIMEOUT 120)
 
-# The real program: a second start opens the window, the keyboard works it,
-# Ctrl+W closes it; midnight passes and every process keeps the day's log.
+# The real program: a second start opens the window with the keyboard, Ctrl+W
+# closes it; midnight passes and every process keeps the day's log.
 # The script starts its own X server and session bus.
 add_test(NAME e2e_preferences_window
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/preferences_window.sh $<TARGET_FILE:narv>)

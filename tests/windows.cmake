@@ -1,5 +1,5 @@
-# The break windows: BreakView drawn offscreen; the window backend and the real
-# program on a private X server with two monitors (run-on-xvfb).
+# The break windows: BreakView drawn offscreen; the window backend on a private
+# X server with two monitors (run-on-xvfb).
 
 add_executable(tst_breakview gui/tst_breakview.cpp)
 target_include_directories(tst_breakview PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
@@ -14,11 +14,6 @@ target_link_libraries(tst_breakwindows PRIVATE narv_windows Qt6::Test)
 add_test(NAME tst_breakwindows
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/run-on-xvfb $<TARGET_FILE:tst_breakwindows>)
 set_tests_properties(tst_breakwindows PROPERTIES ENVIRONMENT "LC_ALL=C.UTF-8" TIMEOUT 120)
-
-# The real program; the script starts its own X server and session bus.
-add_test(NAME e2e_break_windows
-    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/e2e/break_windows.sh $<TARGET_FILE:narv>)
-set_tests_properties(e2e_break_windows PROPERTIES TIMEOUT 300)
 
 # The window process's line to the counting process and its lifetime, with
 # this test program standing in for the window process.

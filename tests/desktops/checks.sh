@@ -17,7 +17,7 @@ mkdir -p "$XDG_CONFIG_HOME/narv" "$WORK/share/applications"
 sed "s|^Exec=narv|Exec=$build/narv|" "$here/../../resources/desktop/app.narv.Narv.desktop" \
     >"$WORK/share/applications/app.narv.Narv.desktop"
 cp -r "$here/../../resources/icons" "$WORK/share/"
-trap 'kill $(jobs -p) 2>/dev/null' EXIT
+trap end_session EXIT
 
 ok() { echo "ok: $shell: $*"; }
 fail() {
@@ -34,6 +34,29 @@ wait_for() {
         ((SECONDS < end)) || return 1
         sleep 0.1
     done
+}
+# The processes of this session but dbus-run-session, its bus and this
+# script: each carries this $WORK in its environment, also those the bus
+# started and those whose parent has gone.
+session_processes() {
+    local p line IFS=$'\n'
+    local -a vars
+    for p in /proc/[0-9]*; do
+        mapfile -d '' -t vars 2>/dev/null <"$p/environ" || continue
+        [[ $'\n'"${vars[*]}"$'\n' == *$'\n'"WORK=$WORK"$'\n'* ]] || continue
+        read -r line 2>/dev/null <"$p/stat" || continue
+        line=${line##*) } # the state, the parent, ...
+        line=${line#* }
+        p=${p#/proc/}
+        ((p != BASHPID && p != PPID && ${line%% *} != PPID)) && echo "$p"
+    done
+}
+no_session_processes() { [[ -z $(session_processes) ]]; }
+# Ends the shell and everything it started, so that nothing of it is left
+# when the next shell starts.
+end_session() {
+    kill -TERM $(session_processes) 2>/dev/null
+    wait_for 30 no_session_processes || kill -KILL $(session_processes) 2>/dev/null
 }
 # The shell is up within $1 seconds ($2 says so), or the run ends here.
 shell_up() {
@@ -139,6 +162,7 @@ finish() {
     [[ -z ${pid:-} ]] || kill -TERM "$pid" 2>/dev/null
     [[ -z ${pid:-} ]] || wait "$pid" 2>/dev/null
     echo "$shell: $failed failed"
+    end_session
     ((failed == 0))
 }
 
@@ -149,7 +173,7 @@ finish() {
 #   close_window   NAME: the compositor's close, as its close button sends it
 #   focus_client   gives the focus to the client window "Flower"
 #   screenshot     NAME: the screen into $WORK/shots/NAME
-# and may replace the hooks after_break, between_runs and more_checks.
+# and may replace the hook between_runs.
 narv_windows() { windows | awk -F'|' '$1 == "app.narv.Narv"'; }
 window_named() { narv_windows | awk -F'|' -v n="$1" '$2 == n'; }
 has_window() { [[ -n $(window_named "$1") ]]; }
@@ -159,9 +183,7 @@ focused_on() { [[ $(focused_window) == "$1" ]]; }
 shot() { screenshot "$1" && echo "screenshot: docs/screenshots/$1"; }
 # Settings came forward; a shell may say how on standard output.
 came_forward() { focused_on Settings; }
-after_break() { :; }
 between_runs() { :; }
-more_checks() { :; }
 
 # A break at once: one full-screen window per output, above the client, the
 # primary output's (the one at 0,0) with the focus.
@@ -182,8 +204,8 @@ check_break() {
         fail "the focus is on \"$(focused_window)\", not on the primary output's break window \"$primary\""
 }
 
-# Opens window $1 with the menu item labelled $2..., closes it as the
-# compositor does, and opens it again. $3: a screenshot's name.
+# Opens window $1 with the menu item labelled $2... and closes it as the
+# compositor does. $3: a screenshot's name.
 check_close_by_compositor() {
     local title=$1 views
     menu_click label "\"$2" || { fail "no \"$2\" in the menu"; return; }
@@ -198,8 +220,6 @@ check_close_by_compositor() {
     wait_for 10 no_window "$title" && wait_for 10 done_with "$views" && no_crash &&
         ok "$title closed by the compositor, no crash" ||
         fail "$title closed by the compositor: $(log | grep -E 'crash|error' | tail -2)"
-    menu_click label "\"$2"
-    wait_for 20 has_window "$title" && ok "$title opens again" || fail "$title does not open again"
 }
 
 # A token in $WORK/token as a launcher asks the compositor for one: its own
@@ -213,8 +233,8 @@ launch_token() {
     launcher=$!
     wait_for 10 test -s "$WORK/token" && wait_for 10 focused_on Launcher
 }
-# Settings open behind the focused window, then closed: a second start each
-# time, with a launcher's token.
+# Settings, opened again from the menu, behind the focused window: a second
+# start with a launcher's token.
 second_start() {
     local status=0 token
     launcher=
@@ -227,13 +247,13 @@ second_start() {
     [[ -z $launcher ]] || kill "$launcher"
 }
 check_second_start() {
-    focus_client
-    focused_on Flower || fail "the client window did not take the focus"
+    menu_click label '"Settings'
+    wait_for 20 has_window Settings && ok "Settings opens again after the compositor's close" ||
+        fail "Settings does not open again after the compositor's close"
+    # A new window may take the focus a moment after it is shown.
+    flower_focused() { focus_client && focused_on Flower; }
+    wait_for 10 flower_focused || fail "the client window did not take the focus"
     second_start "brings the open Settings to the front"
-    close_window "Settings"
-    wait_for 10 no_window "Settings"
-    focus_client
-    second_start "brings the closed Settings back with the focus"
 }
 
 check_idle_source() {
@@ -269,7 +289,6 @@ run_checks() {
         fail "the status item is not registered: $(registered_items | tail -2)"
     check_idle_source "$2"
     check_break
-    after_break
     shot "$3-break.png"
     narv_end
     between_runs
@@ -277,12 +296,7 @@ run_checks() {
     wait_for 30 item_registered || fail "the status item is not registered"
     check_close_by_compositor "Settings" "Settings" "$3-settings.png"
     check_close_by_compositor "Water Reminder" "Water (" "$3-water.png"
-    # The menu's water item closes the panel it opened.
-    menu_click label '"Water ('
-    wait_for 10 no_window "Water Reminder" && ok "the menu closes the water panel" ||
-        fail "the menu does not close the water panel"
     check_second_start
-    more_checks
     if [[ -n ${5:-} ]]; then check_lock "$4" "$5"; else skip "a lock and unlock: $4"; fi
     no_crash && ok "no crash in the whole run" || fail "$(log | grep -E 'crash' | tail -2)"
     finish

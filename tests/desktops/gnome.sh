@@ -29,6 +29,16 @@ EOF
 gsettings set org.gnome.shell enabled-extensions "['ubuntu-appindicators@ubuntu.com', 'narv-test@narv.app']"
 gsettings set org.gnome.shell welcome-dialog-last-shown-version '999'
 
+# Unless systemd has IBus's unit the shell forks ibus-daemon at start-up, and
+# runs JavaScript in the child: now and then a lock held by another thread hangs
+# it, and the shell in g_spawn_async with it. A stand-in systemd has any unit.
+/usr/bin/python3 -m dbusmock org.freedesktop.systemd1 /org/freedesktop/systemd1 org.freedesktop.systemd1.Manager \
+    >"$WORK/systemd.log" 2>&1 &
+systemd_mock() {
+    gdbus call --session -d org.freedesktop.systemd1 -o /org/freedesktop/systemd1 -m org.freedesktop.DBus.Mock.AddMethod \
+        org.freedesktop.systemd1.Manager GetUnit s o 'ret = "/org/freedesktop/systemd1/unit/ibus"' >/dev/null 2>&1
+}
+wait_for 20 systemd_mock || fail "the stand-in systemd did not start: $(tail -2 "$WORK/systemd.log")"
 gnome-shell --wayland --headless --no-x11 --virtual-monitor 1280x800 --virtual-monitor 1280x800 \
     --wayland-display wayland-narv >"$WORK/gnome-shell.log" 2>&1 &
 

@@ -4,11 +4,6 @@
 # refuse to exec, and its platform plugin only loads in a program of that
 # name: a plain copy.
 cp /usr/bin/kwin_wayland "$WORK/bin/kwin_wayland"
-# A click as a pointer makes it: KWin offers its fake input protocol to the
-# programs whose desktop file asks for it.
-build_client click /usr/share/plasma-wayland-protocols/fake-input.xml
-printf '[Desktop Entry]\nType=Application\nName=click\nExec=%s\nX-KDE-Wayland-Interfaces=%s\n' \
-    "$WORK/bin/click" org_kde_kwin_fake_input >"$WORK/share/applications/click.desktop"
 # No lock after five idle minutes: this script locks when it means to.
 printf '[Daemon]\nAutolock=false\nLockOnResume=false\n' >"$XDG_CONFIG_HOME/kscreenlockerrc"
 standin_logind
@@ -82,38 +77,12 @@ GdkPixbuf.Pixbuf.new_from_bytes(GLib.Bytes.new(bytes(data)), GdkPixbuf.Colorspac
 PY
 }
 
-# Narv's icon: the first place in the system tray of the panel at the
-# bottom of the first screen, once the tray is wider than $1 (without it).
-tray_geometry() {
-    dbus-send --session --print-reply --dest=org.kde.plasmashell /PlasmaShell org.kde.PlasmaShell.evaluateScript \
-        'string:var p = panels()[0]; var g = p.widgets("org.kde.plasma.systemtray")[0].geometry;
-print(Math.round(g.x + 15) + " " + Math.round(screenGeometry(p.screen).height - p.height + g.y + g.height / 2) + " " + g.width);' \
-        2>/dev/null | awk -F'"' '/string/ { print $2 }'
-}
-tray_grown() { [[ $(tray_geometry | cut -d' ' -f3) -gt $tray_width ]]; }
-# A left click on the icon in the real plasmashell opens the item's menu:
-# the tray's AboutToShow and the menu's "opened" event in a bus monitor.
-# KWin passes no press on to a surface the pointer has only just entered, so
-# the click is made again until the menu opens.
-menu_opened() { grep -q '"opened"' "$WORK/click.bus"; }
-click_opens() { "$WORK/bin/click" "$@" && wait_for 2 menu_opened; }
-more_checks() {
-    wait_for 20 tray_grown || { fail "Narv's icon is not in Plasma's tray"; return; }
-    dbus-monitor --session "interface='org.kde.StatusNotifierItem'" "interface='com.canonical.dbusmenu'" \
-        >"$WORK/click.bus" 2>&1 &
-    local monitor=$! xy calls
-    wait_for 10 grep -q NameLost "$WORK/click.bus"
-    xy=$(tray_geometry)
-    wait_for 20 click_opens ${xy% *}
-    calls=$(grep -o 'member=[A-Za-z]*' "$WORK/click.bus" | sort -u | tr '\n' ' ')
-    grep -q member=AboutToShow "$WORK/click.bus" && menu_opened &&
-        ok "a left click on the icon in Plasma's tray opens the menu ($calls)" ||
-        fail "a left click at ${xy% *} on the icon does not open the menu ($calls)"
-    kill "$monitor"
-    "$WORK/bin/click" 1920 700 # beside the menu, which closes it
-}
 kde_lock() { dbus-send --session --print-reply --dest=org.freedesktop.ScreenSaver /ScreenSaver org.freedesktop.ScreenSaver.Lock >/dev/null; }
 
-wait_for 60 tray_geometry >/dev/null || fail "plasmashell has no system tray: $(tail -3 "$WORK/plasmashell.log")"
-tray_width=$(tray_geometry | cut -d' ' -f3)
+# plasmashell is up once its panel has its system tray.
+tray_up() {
+    dbus-send --session --print-reply --dest=org.kde.plasmashell /PlasmaShell org.kde.PlasmaShell.evaluateScript \
+        'string:print(panels()[0].widgets("org.kde.plasma.systemtray").length)' 2>/dev/null | grep -q 'string "1'
+}
+wait_for 60 tray_up || fail "plasmashell has no system tray: $(tail -3 "$WORK/plasmashell.log")"
 run_checks "kded5's watcher" ext-idle-notify-v1 desktop-kde kde_lock "logind_session Unlock"

@@ -49,21 +49,5 @@ came_forward() {
         echo " (marked urgent, sway's default)"; }
 }
 
-# Drawn on both outputs: the break screen's plain background a little inside
-# each output's left edge, half-way down.
-drawn() {
-    grim -t ppm "$WORK/break.ppm" 2>/dev/null && python3 - "$WORK/break.ppm" <<'PY'
-import sys
-header, size, depth, pixels = open(sys.argv[1], "rb").read().split(b"\n", 3)
-width = int(size.split()[0])
-at = lambda x, y: tuple(pixels[(y * width + x) * 3:(y * width + x) * 3 + 3])
-sys.exit(0 if at(20, 400) == at(1300, 400) and min(at(20, 400)) > 200 else 1)
-PY
-}
-after_break() {
-    wait_for 10 drawn && ok "the break screen is drawn on both outputs" ||
-        fail "the break screen is not drawn on both outputs"
-}
-
 run_checks "waybar's tray" org_kde_kwin_idle desktop-sway \
     "swaylock tells neither logind (LockedHint) nor a screensaver service, so Narv cannot see it"

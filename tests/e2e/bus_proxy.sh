@@ -3,7 +3,7 @@
 # Flatpak runs it: it may talk to the StatusNotifierWatcher and own org.kde.*
 # names and its own identifier; the proxy cuts a client whose messages break
 # the protocol. The item answers a panel, its label counts down, its menu
-# reads and works; when the proxy goes and comes back, so does the item.
+# works; when the proxy goes and comes back, so does the item.
 #
 #   bus_proxy.sh <narv> <narv_fakewatcher>
 set -euo pipefail
@@ -45,12 +45,6 @@ done
 [[ $label =~ ^2[0-4]:[0-5][0-9]$ ]] || fail "the label is '$label', not a countdown from 25:00"
 kill -0 "$proxy" || fail "the proxy ended"
 ! grep -qi "invalid\|disconnect" "$home/proxy.out" || fail "the proxy complained"
-props="$(item_property Id) $(item_property Category) $(item_property Status) $(item_property Title)"
-[[ $props == "app.narv.Narv ApplicationStatus Active Narv" ]] || fail "the item reads: $props"
-[[ $(item_property ToolTip) == *"Next break at "* ]] || fail "the tooltip does not name the break"
-menu=$(menu_labels | paste -sd'|') || fail "no layout from the menu"
-[[ $menu == "    Narv - v"*"|- Stop -|Settings...|Check for Updates...|Feedback...|About...|Quit" ]] ||
-    fail "the menu reads: $menu"
 # Clicks the start/stop item and waits for the $2nd line $1 in the log.
 toggle() {
     menu_click x-narv-tag "int32 2$" || fail "no start/stop item in the menu"

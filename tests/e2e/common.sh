@@ -94,49 +94,17 @@ watcher_up() {
 }
 # The window process narv started, if there is one now.
 views_pid() { pgrep -P "$pid" -f -- "--views" | head -1; }
-shmem_kib() { awk '/^RssShmem:/ { print $2 }' "/proc/$pid/status"; }
 # Edits the settings file under the running program, as another program may.
 setting() { sed -i "s/^$1=.*/$1=$2/" "$home/config/narv/narv.conf"; }
 
 # Ids of the windows titled $1, or "$1 …" (Qt adds the program's name);
 # $2 may be --onlyvisible.
 windows_named() { xdotool search ${2:-} --name "^$1( |\$)" 2>/dev/null | sort || true; }
-# Window $1 is viewable at x $2, y $3, $4 wide and $5 high.
-check_geometry() {
-    local info
-    info=$(xwininfo -id "$1")
-    grep -q "Absolute upper-left X:  $2$" <<<"$info" || fail "$1: x is not $2"
-    grep -q "Absolute upper-left Y:  $3$" <<<"$info" || fail "$1: y is not $3"
-    grep -q "Width: $4$" <<<"$info" || fail "$1: width is not $4"
-    grep -q "Height: $5$" <<<"$info" || fail "$1: height is not $5"
-    grep -q "Map State: IsViewable" <<<"$info" || fail "$1: not viewable"
-}
-# Window $1 is on every desktop, borderless, and has the _NET_WM_STATE atoms
-# named after it.
-check_hints() {
-    local id=$1 state atom
-    shift
-    state=$(xprop -id "$id" _NET_WM_STATE _NET_WM_DESKTOP _MOTIF_WM_HINTS)
-    for atom in "$@"; do
-        grep -q "_NET_WM_STATE_$atom" <<<"$state" || fail "$id: no _NET_WM_STATE_$atom in $state"
-    done
-    grep -q "_NET_WM_DESKTOP(CARDINAL) = 4294967295" <<<"$state" || fail "$id: not on all desktops"
-    # Motif hints: flags 2 (decorations) with decorations 0, i.e. borderless.
-    grep -Eq "_MOTIF_WM_HINTS\(_MOTIF_WM_HINTS\) = 0x2, 0x[0-9a-f]+, 0x0" <<<"$state" ||
-        fail "$id: has a border: $state"
-}
-
 # The status menu over dbusmenu, as a panel reads it.
 menu_call() {
     local method=$1
     shift
     dbus-send --session --print-reply --dest="$item" /MenuBar "com.canonical.dbusmenu.$method" "$@" 2>/dev/null
-}
-# The menu's labels, one a line, in order. Read whole by awk: a reader that
-# stops at its first match (grep -q) cuts dbus-send off in the middle of the
-# long reply, and under pipefail that reads as a failed call.
-menu_labels() {
-    menu_call GetLayout int32:0 int32:-1 array:string: | awk '/string "label"/ { getline; split($0, f, "\""); print f[2] }'
 }
 # The id of the first menu item whose property $1 matches $2.
 menu_find() {
@@ -156,21 +124,14 @@ item_property() {
     dbus-send --session --print-reply --dest="$item" /StatusNotifierItem org.freedesktop.DBus.Properties.Get \
         string:org.kde.StatusNotifierItem "string:$1" 2>/dev/null | awk -F'"' '/string/ { print $2 }'
 }
-menu_label() { menu_call GetProperty "int32:$1" string:label | awk -F'"' '/string/ { print $2 }'; }
 
-# Ends narv with SIGTERM, or with "menu" through the menu's Quit: it must
-# exit 0 and have logged no error but those a script expects ($expected_errors,
-# an extended regular expression).
+# Ends narv with SIGTERM: it must exit 0 and have logged no error but those a
+# script expects ($expected_errors, an extended regular expression).
 narv_stop() {
-    if [[ ${1:-} == menu ]]; then
-        menu_click label '"Quit"' || fail "no Quit in the menu"
-    else
-        kill -TERM "$pid"
-    fi
+    kill -TERM "$pid"
     local status=0
     wait "$pid" || status=$?
     pid=
-    [[ $status -eq 0 ]] || fail "narv exited with $status after ${1:-SIGTERM}"
-    [[ ${1:-} != menu ]] || logged " : quit from the menu$" || fail "the quit is not in the log"
+    [[ $status -eq 0 ]] || fail "narv exited with $status after SIGTERM"
     ! log | grep -E " (error|critical) " | grep -vE "${expected_errors:-^$}" || fail "errors in the log"
 }

@@ -34,32 +34,23 @@ lock() { screensaver true; }
 unlock() { screensaver false; }
 restarts() { count " : mouse activity, work starts again$"; }
 
-# Each case ends once narv has read every event of its input: a key's
-# release or a button's may come a batch after its press, once the source's
-# reading rests no more, and would otherwise count in the next case.
-# Counts: with work stopped by a lock, the input restarts it.
-counts() {
-    local what=$1 before
-    shift
+# With work stopped by a lock, the input ($3...) restarts it ($1 counts) or
+# not ($1 does_not_count). Each case ends once narv has read every event of
+# its input: a key's release or a button's may come a batch after its press,
+# once the source's reading rests no more, and would otherwise count in the
+# next case.
+input() {
+    local kind=$1 what=$2 before
+    shift 2
     lock
     before=$(restarts)
     xdotool "$@"
-    wait_count 10 " : mouse activity, work starts again$" "$before" || fail "$what did not count"
+    [[ $kind == does_not_count ]] || wait_count 10 " : mouse activity, work starts again$" "$before" ||
+        fail "$what did not count"
     wait_for 10 settled || fail "narv did not settle after $what"
+    [[ $kind == counts || $(restarts) -eq $before ]] || fail "$what counted"
     unlock
-    ok "$what counts"
-}
-# Does not count: once narv has read all of it, work is still stopped.
-does_not_count() {
-    local what=$1 before
-    shift
-    lock
-    before=$(restarts)
-    xdotool "$@"
-    wait_for 10 settled || fail "narv did not settle after $what"
-    [[ $(restarts) -eq $before ]] || fail "$what counted"
-    unlock
-    ok "$what does not count"
+    ok "$what ${kind//_/ }"
 }
 
 wait_count 20 " : sandbox home path: " 0 || fail "narv did not start"
@@ -67,16 +58,16 @@ wait_for 10 settled || fail "narv did not settle after start"
 log | grep -q " : mouse activity: XInput 2 raw events on $DISPLAY$" || fail "XInput 2 is not used"
 ok "activity comes from XInput 2 raw events on its own connection"
 
-counts "mouse motion" mousemove_relative 7 5
-counts "a left click" click 1
-counts "a right click" click 3
-counts "a Shift press" key shift
-counts "a Control press" key ctrl
-does_not_count "a letter key" key a
-does_not_count "the wheel" click 4 click 5
-does_not_count "a middle click" click 2
-does_not_count "a drag with the middle button" mousedown 2 mousemove_relative 9 9 mouseup 2
-counts "motion after the middle button is let go" mousemove_relative -- -9 -9
+input counts "mouse motion" mousemove_relative 7 5
+input counts "a left click" click 1
+input counts "a right click" click 3
+input counts "a Shift press" key shift
+input counts "a Control press" key ctrl
+input does_not_count "a letter key" key a
+input does_not_count "the wheel" click 4 click 5
+input does_not_count "a middle click" click 2
+input does_not_count "a drag with the middle button" mousedown 2 mousemove_relative 9 9 mouseup 2
+input counts "motion after the middle button is let go" mousemove_relative -- -9 -9
 
 narv_stop
 echo "e2e events: $passed passed, 0 failed"

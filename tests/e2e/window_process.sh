@@ -2,11 +2,10 @@
 # The real program on a private X server with two monitors and a private
 # session bus, with a StatusNotifierWatcher as most panels have: its window
 # process. The first break starts it, from the views module, with the break
-# windows on both monitors, and it ends once the break is over. "Check for
-# Updates..." fetches the feed in a process of a moment and tells the outcome
-# in a window. When the watcher goes away Narv says so once and goes on
-# counting, and registers again with the next one. (Which libraries each
-# process holds when is the benchmark's: bench/run.)
+# windows on both monitors, and it ends once the break is over. When the
+# watcher goes away Narv says so once and goes on counting, and registers
+# again with the next one. (Which libraries each process holds when is the
+# benchmark's: bench/run; the update check: tests/statusbar/tst_update.cpp.)
 #
 #   tests/e2e/window_process.sh path/to/narv path/to/narv_fakewatcher
 set -euo pipefail
@@ -18,8 +17,6 @@ narv_on_xvfb_and_bus "$0" "$@"
 
 watcher=
 unset XDG_SESSION_TYPE
-# Nothing here goes out to the network: a proxy that is not there.
-export http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 no_proxy=
 narv_scratch_home
 start_watcher
 # A two-minute period: the first break comes when the test makes it come.
@@ -54,19 +51,6 @@ ok "the first break starts the window process, and its windows are on both monit
 # (How long it stays, and a crash during a break: tst_viewsprocess.)
 wait_for 10 logged " : ticktack timer start 120$" || fail "the break did not end"
 wait_for 10 bash -c "! kill -0 $views 2>/dev/null" || fail "the window process stays after the break"
-
-# The update check from the menu: the feed is asked for in a process of a
-# moment, and whatever the outcome (this machine may have no network; a proxy
-# that is not there makes the failure quick) the window, from a module of its
-# own, tells it.
-menu_click label '"Check for Updates..."' || fail "no update item in the menu"
-wait_for 10 logged " : checking for updates at " || fail "the menu did not start an update check"
-wait_for 40 shown "Software Update" || fail "no window tells the outcome of the check"
-logged " : update check failed: " || fail "the failed fetch is not in the log"
-[[ -n $(views_pid) ]] || fail "the update window is not in a window process"
-logged " : update window loaded from .*narv_updatewindow.so$" || fail "the window did not come from its module"
-! pgrep -P "$pid" -f -- --fetch-update-feed >/dev/null || fail "the fetch's process stays"
-ok "the update check fetches in a process of its own and tells its outcome"
 
 # The panel goes, and comes back: no classic icon meanwhile (this is no
 # QApplication), said once; the item registers with the new watcher.
