@@ -1,6 +1,6 @@
 // BreakView drawn offscreen: the prompt, "Skip" held like a button, and the
 // countdown ending the break in every view. The windows themselves are
-// tst_breakwindows' and tests/e2e/break_windows.sh's.
+// tst_breakwindows'.
 
 #include "FakeWindows.h"
 #include "TestSupport.h"

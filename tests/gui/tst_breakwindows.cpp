@@ -2,8 +2,7 @@
 // twice, a break that starts while the last one fades out, and monitors
 // coming and going. Runs on a
 // private X server with two monitors, "left" and "right" (tests/run-on-xvfb);
-// the program as a whole, with the backing stores given back between breaks,
-// is tests/e2e/break_windows.sh.
+// the program as a whole on real shells is make test-desktops.
 
 #include "TestSupport.h"
 

@@ -3,8 +3,10 @@
 # notification server: a break asks for its sound as it starts; "Postpone" clicked on the
 # break screen moves the break a minute on; the heads-up comes at once (60
 # seconds before), offers "Skip this break" but no second postpone, and its skip
-# is taken; "Pause for 30 minutes" from the menu withdraws the heads-up and the
-# status item says until when.
+# is taken; "Pause until tomorrow" from the menu withdraws the heads-up, the
+# status item says until when, and at midnight, in real time (the time zone is
+# set so that midnight comes a minute after the start), the pause ends by
+# itself and work starts again.
 #
 #   tests/interruptions/e2e_interruptions.sh path/to/narv
 set -euo pipefail
@@ -15,6 +17,8 @@ narv_on_xvfb_and_bus "$0" "$@"
 
 narv_scratch_home
 start_watcher
+offset=$(((86400 - 60 - $(date -u +%s) % 86400) % 86400))
+export TZ=$(printf 'NRV-%02d:%02d:%02d' $((offset / 3600)) $((offset / 60 % 60)) $((offset % 60)))
 # dunst's context menu hands the actions to this "dmenu", which keeps them
 # and picks "Skip this break".
 mkdir -p "$home/config/dunst"
@@ -77,16 +81,20 @@ wait_for 10 logged "the coming break is skipped" || fail "Skip this break did no
 ! grep -q "Postpone" "$home/actions" || fail "a second postpone was offered"
 ok "the heads-up offers Skip this break, no second postpone, and skips"
 
-# Postponed again (the count starts afresh with work), then paused for 30 minutes.
+# Postponed again (the count starts afresh with work), then paused until midnight.
 wait_for 20 shown || fail "no break after the skip"
 read -r x y < <(postpone_at)
 xdotool mousemove "$x" "$y" click 1
 wait_for 10 notes 1 || fail "no heads-up after the second postpone"
-menu_click label '"Pause for 30 minutes"' || fail "no Pause for 30 minutes in the menu"
+menu_click label '"Pause until tomorrow"' || fail "no Pause until tomorrow in the menu"
 wait_for 10 notes 0 || fail "the heads-up stays through the pause"
-says_until() { item_property XAyatanaLabel | grep -q "^until [0-9][0-9]:[0-9][0-9]$"; }
+logged "paused until $(date -d tomorrow +%F)T00:00:00" || fail "the pause does not end at midnight"
+says_until() { [[ $(item_property XAyatanaLabel) == "until $(LC_ALL=C date -d tomorrow +%a) 00:00" ]]; }
 wait_for 5 says_until || fail "the status item says \"$(item_property XAyatanaLabel)\", not until when"
-ok "pausing for 30 minutes withdraws the heads-up; the status item says until when"
+ok "pausing until tomorrow withdraws the heads-up; the status item says until when"
+wait_for 90 logged "the pause is over" || fail "the pause did not end at midnight"
+wait_for 20 shown || fail "no work period and break after the pause"
+ok "the pause ends by itself at midnight, and work (of no minutes here) and a break follow"
 
 narv_stop
 echo "e2e interruptions: $passed passed, 0 failed"

@@ -1,6 +1,7 @@
 // The water panel's window, made by the Qt Quick window backend on a private X
 // server with two monitors (tests/run-on-xvfb): its place and the fades when
-// the menu toggles it. The program as a whole is tests/e2e/water_panel.sh.
+// the menu toggles it. The program as a whole on real shells is make
+// test-desktops.
 
 #include "FakeWindows.h"
 #include "TestSupport.h"
