@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # The real program on a private X server and session bus, with dunst as the
-# notification server: a break asks for its sound as it starts; "Postpone" clicked on the
+# notification server and openbox as the window manager: a break owed while
+# the focused window is full screen (made so the way a desktop does it: wmctrl
+# asks openbox) starts when it no longer is, and asks for its sound as it
+# starts; "Postpone" clicked on the
 # break screen moves the break a minute on; the heads-up comes at once (60
 # seconds before), offers "Skip this break" but no second postpone, and its skip
 # is taken; "Pause until tomorrow" from the menu withdraws the heads-up, the
@@ -35,7 +38,24 @@ has_dunst() {
 wait_for 20 has_dunst || fail "dunst did not come up"
 # dunst shows $1 notifications (asked anew at each try of a wait).
 notes() { [[ $(dunstctl count displayed) == "$1" ]]; }
-
+openbox --config-file /dev/null >"$home/openbox.out" 2>&1 &
+wm=$!
+wm_up() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q "window id"; }
+wait_for 20 wm_up || fail "openbox did not come up"
+# An editor: a window that takes the keyboard focus.
+xedit >/dev/null 2>&1 &
+editor=$!
+wait_for 20 xdotool search --onlyvisible --class Xedit >/dev/null || fail "no xedit window"
+editor_id=$(xdotool search --onlyvisible --class Xedit | head -1)
+wmctrl -i -r "$editor_id" -b add,fullscreen
+full() { xprop -id "$editor_id" _NET_WM_STATE | grep -q _NET_WM_STATE_FULLSCREEN; }
+# Asked again until done: a request that comes before the window is managed is dropped.
+active() {
+    wmctrl -i -a "$editor_id"
+    xprop -root _NET_ACTIVE_WINDOW | grep -qi "$(printf '0x%x' "$editor_id")"
+}
+wait_for 10 full || fail "openbox did not make the editor full screen"
+wait_for 10 active || fail "openbox did not make the editor the active window"
 
 narv_start <<'CONF'
 [General]
@@ -46,16 +66,22 @@ pref.postpone.limit=1
 pref.heads.up.seconds=60
 pref.pause.for.enable=true
 pref.break.sounds=true
+pref.defer.when.busy=true
 auto_check_update=false
 CONF
-trap 'kill "$dunst" 2>/dev/null; [[ -n $pid ]] && kill "$pid" 2>/dev/null; kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
+trap 'kill "$dunst" "$editor" "$wm" 2>/dev/null; [[ -n $pid ]] && kill "$pid" 2>/dev/null; kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
 gone() { [[ -z $(windows_named right --onlyvisible) ]]; }
 shown() { [[ -n $(windows_named right --onlyvisible) ]]; }
 
+wait_for 20 logged "the break waits: the focused window is full screen" || fail "the break did not wait"
+! shown || fail "a break window came up over the full-screen window"
+wmctrl -i -r "$editor_id" -b remove,fullscreen
+wait_for 10 logged "the break waited [0-9]* seconds (the focused window is full screen): it starts" ||
+    fail "the break did not start when full screen ended"
 wait_for 20 shown || fail "no break window"
 # No sound card here: libcanberra is asked, and says why it cannot play.
 wait_for 5 logged 'sound.*"alarm-clock-elapsed"' || fail "no sound asked for at the break's start"
-ok "the break asks for its sound as it starts"
+ok "a break waits out a full-screen window, says so, and asks for its sound as it starts"
 
 # "Postpone" sits 48 px right of the Skip capsule: where it is drawn, the
 # blue text's box (its label's, with the promotion's) reaches past the capsule.
