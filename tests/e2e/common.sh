@@ -92,6 +92,26 @@ watcher_up() {
     dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
         string:org.kde.StatusNotifierWatcher 2>/dev/null | grep -q "boolean true"
 }
+# dunst as the notification server ($dunst); its context menu hands the
+# actions to this "dmenu", which keeps them in $home/actions and picks "Skip
+# this break".
+start_dunst() {
+    mkdir -p "$home/config/dunst"
+    cat >"$home/config/dunst/dunstrc" <<DUNST
+[global]
+    dmenu = /bin/sh -c "tee -a $home/actions | grep -m1 'Skip this break'"
+DUNST
+    dunst -conf "$home/config/dunst/dunstrc" >"$home/dunst.out" 2>&1 &
+    dunst=$!
+    wait_for 20 dunst_up || fail "dunst did not come up"
+}
+# Asked without starting anything: the bus would start another dunst.
+dunst_up() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+        string:org.freedesktop.Notifications 2>/dev/null | grep -q "boolean true"
+}
+# dunst shows $1 notifications (asked anew at each try of a wait).
+notes() { [[ $(dunstctl count displayed 2>/dev/null) == "$1" ]]; }
 # The window process narv started, if there is one now.
 views_pid() { pgrep -P "$pid" -f -- "--views" | head -1; }
 # Edits the settings file under the running program, as another program may.

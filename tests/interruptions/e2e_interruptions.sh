@@ -22,22 +22,7 @@ narv_scratch_home
 start_watcher
 offset=$(((86400 - 60 - $(date -u +%s) % 86400) % 86400))
 export TZ=$(printf 'NRV-%02d:%02d:%02d' $((offset / 3600)) $((offset / 60 % 60)) $((offset % 60)))
-# dunst's context menu hands the actions to this "dmenu", which keeps them
-# and picks "Skip this break".
-mkdir -p "$home/config/dunst"
-cat >"$home/config/dunst/dunstrc" <<DUNST
-[global]
-    dmenu = /bin/sh -c "tee -a $home/actions | grep -m1 'Skip this break'"
-DUNST
-dunst -conf "$home/config/dunst/dunstrc" >"$home/dunst.out" 2>&1 &
-dunst=$!
-has_dunst() {
-    dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
-        string:org.freedesktop.Notifications 2>/dev/null | grep -q "boolean true"
-}
-wait_for 20 has_dunst || fail "dunst did not come up"
-# dunst shows $1 notifications (asked anew at each try of a wait).
-notes() { [[ $(dunstctl count displayed) == "$1" ]]; }
+start_dunst
 openbox --config-file /dev/null >"$home/openbox.out" 2>&1 &
 wm=$!
 wm_up() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q "window id"; }

@@ -16,13 +16,7 @@ narv_scratch_home
 start_watcher
 # The GTK backend serves GNOME; the portal picks a backend by the desktop.
 dbus-update-activation-environment XDG_CURRENT_DESKTOP=GNOME XDG_RUNTIME_DIR
-mkdir -p "$home/config/dunst"
-cat >"$home/config/dunst/dunstrc" <<DUNST
-[global]
-    dmenu = /bin/sh -c "tee -a $home/actions | grep -m1 'Skip this break'"
-DUNST
-dunst -conf "$home/config/dunst/dunstrc" >"$home/dunst.out" 2>&1 &
-dunst=$!
+start_dunst
 bus=$DBUS_SESSION_BUS_ADDRESS
 xdg-dbus-proxy "$bus" "$home/runtime/proxy-bus" --filter --talk=org.kde.StatusNotifierWatcher \
     '--own=org.kde.*' --own=app.narv.Narv '--talk=org.freedesktop.portal.*' >"$home/proxy.out" 2>&1 &
@@ -36,8 +30,6 @@ cleanup() {
 }
 trap cleanup EXIT
 wait_for 5 test -S "$home/runtime/proxy-bus" || fail "the proxy did not come up"
-# dunst shows $1 notifications.
-shown() { [[ $(dunstctl count displayed 2>/dev/null) == "$1" ]]; }
 
 DBUS_SESSION_BUS_ADDRESS=unix:path=$home/runtime/proxy-bus narv_start <<'CONF'
 [General]
@@ -47,7 +39,7 @@ pref.pause.for.enable=true
 auto_check_update=false
 CONF
 trap cleanup EXIT
-wait_for 30 shown 1 || fail "no heads-up on the screen"
+wait_for 30 notes 1 || fail "no heads-up on the screen"
 logged "heads-up: through the Notification portal" || fail "the portal was not chosen"
 ok "the heads-up reaches the notification server through the portal"
 dunstctl context
@@ -55,9 +47,9 @@ wait_for 20 logged "the coming break is skipped" || fail "Skip this break did no
 grep -q "Skip this break" "$home/actions" || fail "no Skip this break: $(cat "$home/actions")"
 ok "its Skip this break comes back through the portal and skips"
 
-wait_for 90 shown 1 || fail "no heads-up for the next break"
+wait_for 90 notes 1 || fail "no heads-up for the next break"
 menu_click label '"Pause for 30 minutes"' || fail "no Pause for 30 minutes in the menu"
-wait_for 10 shown 0 || fail "the heads-up stays through the pause"
+wait_for 10 notes 0 || fail "the heads-up stays through the pause"
 ok "a pause withdraws it"
 narv_stop
 echo "e2e portal: $passed passed, 0 failed"
