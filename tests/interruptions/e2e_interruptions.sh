@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # The real program on a private X server and session bus, with dunst as the
-# notification server and openbox as the window manager: a break owed while
-# the focused window is full screen (made so the way a desktop does it: wmctrl
-# asks openbox) starts when it no longer is, and asks for its sound as it
-# starts; "Postpone" clicked on the
+# notification server, openbox as the window manager and gnome-session as the
+# session manager: a break owed while an application inhibits idleness
+# (gnome-session-inhibit) and then while the focused window is full screen
+# (made so the way a desktop does it: wmctrl asks openbox) starts when neither
+# holds, and asks for its sound as it starts; "Postpone" clicked on the
 # break screen moves the break a minute on; the heads-up comes at once (60
 # seconds before), offers "Skip this break" but no second postpone, and its skip
 # is taken; "Pause until tomorrow" from the menu withdraws the heads-up, the
@@ -41,6 +42,22 @@ active() {
 }
 wait_for 10 full || fail "openbox did not make the editor full screen"
 wait_for 10 active || fail "openbox did not make the editor the active window"
+# GNOME's session manager on a system bus of the test's own, and an application
+# that inhibits idleness through it, as one in a call does.
+system_bus=$(dbus-daemon --session --address="unix:path=$home/system_bus" --fork --print-pid)
+mkdir -p "$home/share/gnome-session/sessions" "$home/autostart"
+printf '[GNOME Session]\nName=Narv test\nRequiredComponents=\n' >"$home/share/gnome-session/sessions/narv.session"
+DBUS_SYSTEM_BUS_ADDRESS=unix:path=$home/system_bus XDG_DATA_DIRS=$home/share:/usr/share GSETTINGS_BACKEND=memory \
+    /usr/libexec/gnome-session-binary --builtin --session=narv --autostart="$home/autostart" >"$home/session.out" 2>&1 &
+session=$!
+inhibited() {
+    gdbus call --session -d org.gnome.SessionManager -o /org/gnome/SessionManager \
+        -m org.gnome.SessionManager.IsInhibited 8 2>/dev/null | grep -q "$1"
+}
+wait_for 20 inhibited false || fail "gnome-session did not come up: $(tail -2 "$home/session.out")"
+gnome-session-inhibit --inhibit idle --reason "a call" --inhibit-only &
+call=$!
+wait_for 10 inhibited true || fail "gnome-session-inhibit did not inhibit idleness"
 
 narv_start <<'CONF'
 [General]
@@ -54,11 +71,14 @@ pref.break.sounds=true
 pref.defer.when.busy=true
 auto_check_update=false
 CONF
-trap 'kill "$dunst" "$editor" "$wm" 2>/dev/null; [[ -n $pid ]] && kill "$pid" 2>/dev/null; kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
+trap 'kill "$dunst" "$editor" "$wm" "$call" "$session" "$system_bus" 2>/dev/null; [[ -n $pid ]] && kill "$pid" 2>/dev/null; kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
 gone() { [[ -z $(windows_named right --onlyvisible) ]]; }
 shown() { [[ -n $(windows_named right --onlyvisible) ]]; }
 
-wait_for 20 logged "the break waits: the focused window is full screen" || fail "the break did not wait"
+wait_for 20 logged "the break waits: an application inhibits idleness (GNOME session)" ||
+    fail "the break did not wait for the inhibitor"
+kill "$call"
+wait_for 10 logged "the break waits: the focused window is full screen" || fail "the break did not wait"
 ! shown || fail "a break window came up over the full-screen window"
 wmctrl -i -r "$editor_id" -b remove,fullscreen
 wait_for 10 logged "the break waited [0-9]* seconds (the focused window is full screen): it starts" ||
@@ -66,7 +86,7 @@ wait_for 10 logged "the break waited [0-9]* seconds (the focused window is full 
 wait_for 20 shown || fail "no break window"
 # No sound card here: libcanberra is asked, and says why it cannot play.
 wait_for 5 logged 'sound.*"alarm-clock-elapsed"' || fail "no sound asked for at the break's start"
-ok "a break waits out a full-screen window, says so, and asks for its sound as it starts"
+ok "a break waits out an inhibitor and a full-screen window, says so, and asks for its sound as it starts"
 
 # "Postpone" sits 48 px right of the Skip capsule: where it is drawn, the
 # blue text's box (its label's, with the promotion's) reaches past the capsule.
