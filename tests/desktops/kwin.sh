@@ -85,4 +85,30 @@ tray_up() {
         'string:print(panels()[0].widgets("org.kde.plasma.systemtray").length)' 2>/dev/null | grep -q 'string "1'
 }
 wait_for 60 tray_up || fail "plasmashell has no system tray: $(tail -3 "$WORK/plasmashell.log")"
+# A break owed while an application holds org.freedesktop.ScreenSaver's
+# inhibitor, as a video call does: KWin's screen locker hands it to PowerDevil
+# (with UPower on the stand-in system bus), which answers Narv, 5 s later.
+between_runs() {
+    /usr/libexec/upowerd >"$WORK/upower.log" 2>&1 &
+    /usr/lib/x86_64-linux-gnu/libexec/org_kde_powerdevil >"$WORK/powerdevil.log" 2>&1 &
+    local powerdevil=$! call
+    has_inhibit() {
+        gdbus call --session -d org.freedesktop.PowerManagement.Inhibit -o /org/freedesktop/PowerManagement/Inhibit \
+            -m org.freedesktop.PowerManagement.Inhibit.HasInhibit 2>/dev/null | grep -q "$1"
+    }
+    wait_for 30 has_inhibit false || { fail "PowerDevil did not come up: $(tail -2 "$WORK/powerdevil.log")"; return; }
+    /usr/bin/python3 -c 'import dbus, time; dbus.SessionBus().get_object("org.freedesktop.ScreenSaver", "/ScreenSaver").Inhibit(
+        "narv-test", "a call", dbus_interface="org.freedesktop.ScreenSaver"); time.sleep(600)' &
+    call=$!
+    wait_for 20 has_inhibit true || fail "the screensaver's inhibitor did not reach PowerDevil"
+    narv_start < <(narv_settings 0 30; echo pref.defer.when.busy=true)
+    no_break() { [[ -z $(narv_windows | awk -F'|' '$5 == "true"') ]]; }
+    wait_for 20 logged "the break waits: an application inhibits the screensaver" && no_break &&
+        ok "a break waits while an application inhibits the screensaver" || fail "the break did not wait for the inhibitor"
+    kill "$call"
+    wait_for 20 logged "the break waited [0-9]* seconds (an application inhibits the screensaver): it starts" &&
+        ok "the break starts once the inhibitor is gone" || fail "the break did not start after the inhibitor"
+    narv_end
+    kill "$powerdevil"
+}
 run_checks "kded5's watcher" ext-idle-notify-v1 desktop-kde kde_lock "logind_session Unlock"
