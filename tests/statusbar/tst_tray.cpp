@@ -42,7 +42,9 @@ private:
         message.setArguments(args);
         // Asynchronous, with the event loop running: the item answers from this thread.
         QDBusPendingCall pending = m_panel.asyncCall(message, 10000);
-        QTest::qWaitFor([&] { return pending.isFinished(); }, 15000);
+        if (!QTest::qWaitFor([&] { return pending.isFinished(); }, 15000))
+            return QDBusMessage::createError(QDBusError::Timeout,
+                                             QStringLiteral("no answer in 15 s"));
         return pending.reply();
     }
     // The root's children; a round trip, so the signals sent before it are in.
