@@ -714,6 +714,7 @@ public:
     {
         warmUp();
         startups();
+        countingWithOptions();
         for (int run = 1; run <= m_options.runs; ++run) {
             progress(QStringLiteral("run %1 of %2").arg(run).arg(m_options.runs));
             m_thisRun.clear();
@@ -775,6 +776,30 @@ private:
         const double lastCheck = QDateTime::currentMSecsSinceEpoch() / 1000.0 - 43200 + 5;
         settings.setValue(QStringLiteral("last_update_check"), QString::number(lastCheck, 'f', 3));
         settings.setValue(QStringLiteral("pref.water.enable"), true);
+    }
+
+    // Narv alone, with every option of the gentler interruptions on and
+    // nothing due (a period of 25 minutes): counting's wake-ups, no more.
+    void countingWithOptions()
+    {
+        progress(QStringLiteral("counting with the interruption options on, %1 s")
+                     .arg(m_options.pausedMs / 1000));
+        Subject narv(narvProgram(), m_env);
+        writeNarvSettings(narv, 25);
+        QSettings settings(narv.home() + QStringLiteral("/.config/narv/narv.conf"),
+                           QSettings::IniFormat);
+        settings.setValue(QStringLiteral("pref.heads.up.seconds"), 60);
+        settings.setValue(QStringLiteral("pref.postpone.minutes"), 5);
+        settings.setValue(QStringLiteral("pref.postpone.limit"), 3);
+        settings.setValue(QStringLiteral("pref.pause.for.enable"), true);
+        settings.setValue(QStringLiteral("pref.defer.when.busy"), true);
+        settings.setValue(QStringLiteral("pref.break.sounds"), true);
+        settings.sync();
+        narv.start();
+        registration(narv, 10000);
+        sleepMs(narv.startedAt() + m_options.settleMs - nowMs()); // past the update check
+        measureActivity({&narv}, QStringLiteral("options_counting"), m_options.pausedMs);
+        narv.stop();
     }
 
     // Another program editing the settings file, as a user may: Narv picks it
