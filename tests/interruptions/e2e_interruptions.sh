@@ -71,7 +71,8 @@ pref.break.sounds=true
 pref.defer.when.busy=true
 auto_check_update=false
 CONF
-trap 'kill "$dunst" "$editor" "$wm" "$call" "$session" "$system_bus" 2>/dev/null; [[ -n $pid ]] && kill "$pid" 2>/dev/null; kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
+# gnome-session first, and waited for: it removes its ICE socket from /tmp as it ends.
+trap 'kill "$session" 2>/dev/null; wait "$session"; kill "$dunst" "$editor" "$wm" "$call" "$system_bus" 2>/dev/null; [[ -n $pid ]] && kill "$pid" 2>/dev/null; kill "$watcher" 2>/dev/null; rm -rf "$home"' EXIT
 gone() { [[ -z $(windows_named right --onlyvisible) ]]; }
 shown() { [[ -n $(windows_named right --onlyvisible) ]]; }
 
