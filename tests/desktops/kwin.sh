@@ -97,8 +97,8 @@ between_runs() {
             -m org.freedesktop.PowerManagement.Inhibit.HasInhibit 2>/dev/null | grep -q "$1"
     }
     wait_for 30 has_inhibit false || { fail "PowerDevil did not come up: $(tail -2 "$WORK/powerdevil.log")"; return; }
-    /usr/bin/python3 -c 'import dbus, time; dbus.SessionBus().get_object("org.freedesktop.ScreenSaver", "/ScreenSaver").Inhibit(
-        "narv-test", "a call", dbus_interface="org.freedesktop.ScreenSaver"); time.sleep(600)' &
+    /usr/bin/python3 -c 'import dbus, signal; dbus.SessionBus().get_object("org.freedesktop.ScreenSaver", "/ScreenSaver").Inhibit(
+        "narv-test", "a call", dbus_interface="org.freedesktop.ScreenSaver"); signal.pause()' &
     call=$!
     wait_for 20 has_inhibit true || fail "the screensaver's inhibitor did not reach PowerDevil"
     narv_start < <(narv_settings 0 30; echo pref.defer.when.busy=true)
